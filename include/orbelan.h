@@ -1,0 +1,70 @@
+/* libOrbelan: the fiscal printer (ECF) library for point-of-sale applications.
+ *
+ * Every function returns a result code: 0 for success, otherwise one of the
+ * codes below or a translated printer code. Amounts, quantities, dates and
+ * identifiers are passed as text; outputs are written into caller buffers.
+ * Call the library from one thread at a time, between E4Open and E4Close. */
+#ifndef ORBELAN_H
+#define ORBELAN_H
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(__GNUC__)
+#define ORBELAN_API __attribute__((visibility("default")))
+#else
+#define ORBELAN_API
+#endif
+
+/* ---- result codes ------------------------------------------------------------ */
+#define E4_OK 0                      /* success */
+#define E4_ERR_NO_MEMORY 255         /* out of memory while printing a block of lines */
+#define E4_ERR_ARGUMENT 2049         /* invalid argument or invalid printer response */
+#define E4_ERR_CHEQUE_FILE 2560      /* the cheque layout file is missing */
+#define E4_ERR_NOT_AVAILABLE 2561    /* nothing to act on, wrong state, or not for this printer */
+#define E4_ERR_REGISTER_RANGE 2582   /* register out of range, not found, or category full */
+#define E4_ERR_QUANTITY 2619         /* quantity too large */
+#define E4_ERR_ITEM_VALUE 2626       /* item value longer than 9 characters */
+#define E4_ERR_CNF_STATE 2634        /* non-fiscal coupon in a state that cannot be closed */
+#define E4_ERR_ITEM_CODE 2706        /* item code longer than 14 characters */
+#define E4_ERR_CANCEL_REPORT 2751    /* cancellation asked for after a management report */
+#define E4_ERR_REDUCTION_REG 2840    /* E4ValRed: register not served */
+#define E4_ERR_TAX_REG 2841          /* E4ValImp: not a tax register */
+#define E4_ERR_REGISTER 2842         /* invalid register */
+#define E4_ERR_CATEGORY 2843         /* invalid category when starting a register walk */
+#define E4_ERR_CF_STATE 2862         /* fiscal coupon in a state that cannot be closed */
+#define E4_ERR_WALK_END 2867         /* end of a register walk */
+#define E4_ERR_PERIPHERAL_START 2859 /* a peripheral driver failed to start */
+#define E4_ERR_ALREADY_OPEN 2868     /* the session is already open */
+#define E4_ERR_NOT_OPEN 2869         /* the session is not open */
+#define E4_ERR_NO_PAPER 2871         /* paper or document not in place */
+#define E4_ERR_NOT_REMOVED 2872      /* document not removed */
+#define E4_ERR_CHEQUE_LAYOUT 2880    /* cheque layout not found or unreadable */
+#define E4_ERR_LIBRARY 2900          /* driver library, entry point or plug-in not available */
+#define E4_ERR_FILE_OPEN 2902        /* a local state file cannot be opened */
+#define E4_ERR_FILE_WRITE 2903       /* a local state file cannot be written */
+#define E4_ERR_FILE_READ 2904        /* a local state file cannot be read */
+#define E4_ERR_CUT_REFUSED 2960      /* manual cut refused while cutting after each document */
+
+/* ---- session and frame ---------------------------------------------------------- */
+ORBELAN_API unsigned short E4Open(unsigned char a, unsigned char b);
+ORBELAN_API unsigned short E4OpenEsp(unsigned char *pa, unsigned char b);
+ORBELAN_API unsigned short E4Close(void);
+ORBELAN_API unsigned short E4GetError(unsigned int *err);
+ORBELAN_API unsigned short E4PutError(int code);
+
+/* ---- identity, clock and status ------------------------------------------------ */
+ORBELAN_API unsigned short E4InfECF(char *Serie, char *CGC, char *IE, char *IM, char *Cliche,
+                                    char *Firm, char *Seq, unsigned char *Modelo);
+ORBELAN_API unsigned short E4InfEspECF(int Opc, char *Retorno);
+ORBELAN_API unsigned short E4Status(char *Status);
+ORBELAN_API unsigned short E4StaECF(unsigned char *Opc, unsigned char *Resposta);
+ORBELAN_API unsigned short E4RdData(char *Data, char *Hora, unsigned char *Verao, char *Movimento,
+                                    unsigned char *Reducao);
+ORBELAN_API unsigned short E4Verao(unsigned char Opc);
+
+#ifdef __cplusplus
+}
+#endif
+#endif /* ORBELAN_H */

@@ -1,0 +1,67 @@
+// Shared test fixtures and helpers.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "vprinter.h"
+
+namespace orbtest {
+
+// ---- interposed calls ----------------------------------------------------
+struct Wait {
+  bool micro;       // usleep (true) or sleep (false)
+  unsigned amount;  // microseconds or seconds
+};
+std::vector<Wait> waits();
+void clear_waits();
+// dlopen of exactly `name` fails from now on in this process.
+void fail_dlopen(const std::string& name);
+extern const char* const kAgentPluginPath;
+
+// ---- files ----------------------------------------------------------------
+std::string read_file(const std::string& path);
+bool file_exists(const std::string& path);
+void write_file(const std::string& path, const std::string& content);
+
+// Writes the trace control file "Orbelan.cfg" with the given level and limit.
+void enable_trace(int level = 1, long limit = 5000000);
+// The trace log's lines without their time stamps (dump lines have none).
+std::vector<std::string> log_lines();
+// Whether some trace line equals `line` exactly (time stamp removed).
+bool logged(const std::string& line);
+
+// ---- the virtual printer ----------------------------------------------------
+// The FC_Operacao calls recorded so far.
+std::vector<vp_call> operations();
+// Their command codes, in order.
+std::vector<int> commands();
+// The input bytes of a recorded call.
+std::vector<std::uint8_t> input(const vp_call& call);
+// The input bytes of the last FC_Operacao with `cmd` (empty if none).
+std::vector<std::uint8_t> last_input(int cmd);
+// Queue / set a reply given as a byte vector.
+void push(int cmd, int result, const std::vector<std::uint8_t>& bytes = {});
+void stick(int cmd, int result, const std::vector<std::uint8_t>& bytes = {});
+// A reply of `size` zero bytes with `text` at offset `at`.
+std::vector<std::uint8_t> bytes_with(std::size_t size, std::size_t at, const std::string& text);
+
+// ---- fixtures -------------------------------------------------------------------
+// A fresh virtual printer, trace at level 1, nothing opened.
+class Fresh : public ::testing::Test {
+ protected:
+  void SetUp() override;
+};
+
+// An open session against a virtual printer answering the identity queries;
+// the calls made by the opening are cleared.
+class Session : public Fresh {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+};
+
+}  // namespace orbtest
