@@ -64,6 +64,59 @@ ORBELAN_API unsigned short E4RdData(char *Data, char *Hora, unsigned char *Verao
                                     unsigned char *Reducao);
 ORBELAN_API unsigned short E4Verao(unsigned char Opc);
 
+/* ---- fiscal coupon ---------------------------------------------------------------- */
+/* Opc: 2 fiscal coupon, 4 X reading, 5 Z reduction, 17/18/22 credit/debit voucher
+ * (Param: payment register 60-78), 19 non-fiscal coupon, 20 management report
+ * (Param: report kind 0-19), 21 second copy of the last voucher. */
+ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char *Param);
+ORBELAN_API unsigned short E4IniCup(unsigned char Opc);
+ORBELAN_API unsigned short E4Cons(const char *Nome, const char *Numero, const char *Endereco);
+ORBELAN_API unsigned short E4IteCF(unsigned char RP, const char *Codigo, const char *Descricao,
+                                   const char *Quantidade, const char *Valor);
+ORBELAN_API unsigned short E4IteCFEsp(unsigned char RP, const char *Codigo, const char *Descricao,
+                                      const char *Quantidade, const char *Valor,
+                                      const char *Unidade);
+ORBELAN_API unsigned short E4IteCFEsp2(unsigned char RP, const char *Codigo, const char *Descricao,
+                                       const char *Quantidade, const char *Valor,
+                                       const char *Unidade, unsigned char IAT);
+ORBELAN_API unsigned short E4ImpItem(int mode);
+ORBELAN_API unsigned short E4CanIt(unsigned char RP, unsigned short SeqItem);
+ORBELAN_API unsigned short E4DesIt(unsigned char Opc, unsigned char RP, unsigned short SeqItem,
+                                   const char *Valor, const char *Descricao);
+/* For a percentage increase (Opc 2) the amount added is written back into Valor,
+ * which must then hold at least 13 bytes. */
+ORBELAN_API unsigned short E4AcrIt(unsigned char Opc, unsigned char RP, unsigned short SeqItem,
+                                   char *Valor, const char *Descricao);
+ORBELAN_API unsigned short E4DesCup(unsigned char Opc, const char *Valor);
+ORBELAN_API unsigned short E4AcrCup(unsigned char Opc, const char *Valor);
+ORBELAN_API unsigned short E4RegPag(unsigned char RP, const char *Valor);
+ORBELAN_API unsigned short E4RegPagEsp(unsigned char RP, const char *Valor, const char *Mensagem);
+ORBELAN_API unsigned short E4FimCP(int first, const char *Prox);
+ORBELAN_API unsigned short E4FimCup(void);
+ORBELAN_API unsigned short E4CorteImp(int Corte);
+ORBELAN_API unsigned short E4AvancaPapel(unsigned char Estado, int qtdeAvanco);
+ORBELAN_API unsigned short E4CortaPapel(void);
+ORBELAN_API unsigned short E4CanCup(void);
+ORBELAN_API unsigned short E4CanCupEsp(void);
+
+/* ---- non-fiscal documents, vouchers, management reports ------------------------------ */
+ORBELAN_API unsigned short E4OpeCNF(unsigned char Reg, const char *Sinal, const char *Descricao,
+                                    const char *Valor);
+ORBELAN_API unsigned short E4CancelaCCD(const char *nrCoo);
+ORBELAN_API unsigned short E4CancelaCCDEsp(const char *nCoo);
+ORBELAN_API unsigned short E4Print(const char *strLinha);
+ORBELAN_API unsigned short E4ImpVinc(const char *path, const char *QtdeLinhas);
+ORBELAN_API unsigned short E4FimDoc(void);
+ORBELAN_API unsigned short E4ProgOp(const char *nome);
+ORBELAN_API unsigned short E4ConImp(char Dispositivo, int Margem, int EspVertical);
+ORBELAN_API unsigned short E4ExpDoc(void);
+
+/* ---- registers and readings --------------------------------------------------------- */
+
+/* ---- peripherals and monitoring agent ------------------------------------------------ */
+
+/* ---- the _JP family ------------------------------------------------------------------ */
+
 #ifdef __cplusplus
 }
 #endif
