@@ -112,6 +112,30 @@ ORBELAN_API unsigned short E4ConImp(char Dispositivo, int Margem, int EspVertica
 ORBELAN_API unsigned short E4ExpDoc(void);
 
 /* ---- registers and readings --------------------------------------------------------- */
+/* Categories: 1 non-fiscal totalisers, 2 tax rates on goods, 4 tax rates on
+ * services, 5 payment methods, 6 management report types. */
+ORBELAN_API unsigned short E4RPPrim(unsigned char Cat);
+ORBELAN_API unsigned short E4RPLe(unsigned char Cat, char *Compl, char *Sinal, unsigned char *RP);
+ORBELAN_API unsigned short E4RPProx(unsigned char Cat, char *Compl, char *Sinal, unsigned char *RP);
+ORBELAN_API unsigned short E4VerRP(int RP, char *Descricao, char *Sinal);
+ORBELAN_API unsigned short E4RPCria(unsigned char Cat, const char *Nome, const char *Param,
+                                    unsigned char *Reg);
+/* Values are written as text; pass at least 19 bytes (21 for E4RegMemFisc). */
+ORBELAN_API unsigned short E4ValAtu(unsigned char Reg, char *Valor);
+ORBELAN_API unsigned short E4ValRed(unsigned char Reg, char *Valor);
+ORBELAN_API unsigned short E4ValImp(unsigned char Reg, char *Valor);
+ORBELAN_API unsigned short E4InfCup(unsigned short Reg, char *Valor);
+ORBELAN_API unsigned short E4RegMemFisc(unsigned short nRedZ, char *Valor);
+/* Buffer: a zeroed area of at least 2250 bytes. */
+ORBELAN_API unsigned short E4DadosReducao(char *Buffer);
+ORBELAN_API unsigned short E4LMF(unsigned char Tipo, unsigned char Opc, const char *Inicio,
+                                 const char *Final);
+ORBELAN_API unsigned short E4LMFSerial(unsigned char Tipo, unsigned char Opc, const char *Inicio,
+                                       const char *Final, const char *Arquivo);
+ORBELAN_API unsigned short E4LeMFD(unsigned char Tipo, const char *Inicio, const char *Final,
+                                   const char *arqDestino);
+ORBELAN_API unsigned short E4LeMFDEsp(int Usuario, unsigned char Tipo, const char *Inicio,
+                                      const char *Final, const char *arqDestino);
 
 /* ---- peripherals and monitoring agent ------------------------------------------------ */
 

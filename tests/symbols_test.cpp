@@ -2,6 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <fstream>
+#include <map>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -19,7 +21,55 @@ std::string run(const std::string& cmd) {
   return out;
 }
 
+std::string slurp(const std::string& path) {
+  std::ifstream f(path);
+  std::stringstream s;
+  s << f.rdbuf();
+  return s.str();
+}
+
+// name -> version node, as the library exports them.
+std::map<std::string, std::string> exported() {
+  std::map<std::string, std::string> out;
+  std::istringstream in(run(std::string("nm -D --defined-only --with-symbol-versions ") + ORBELAN_LIBRARY));
+  const std::regex fn(R"(^[0-9a-f]+ T (E4\w+)@@?(\S+)$)");
+  for (std::string l; std::getline(in, l);)
+    if (std::smatch m; std::regex_match(l, m, fn)) out[m[1]] = m[2];
+  return out;
+}
+
 }  // namespace
+
+TEST(Exports, VersionScriptHeaderAndLibraryAgree) {
+  // name -> node, from the version script
+  std::map<std::string, std::string> script;
+  std::istringstream map(slurp(ORBELAN_SOURCE_DIR "/symbols/libOrbelan.map"));
+  std::string node;
+  const std::regex open(R"(^(Orbelan_[0-9.]+) \{)"), name(R"(^\s+(E4\w+);)");
+  for (std::string l; std::getline(map, l);) {
+    std::smatch m;
+    if (std::regex_search(l, m, open)) node = m[1];
+    else if (std::regex_search(l, m, name)) script[m[1]] = node;
+  }
+  ASSERT_FALSE(script.empty());
+
+  std::set<std::string> declared;
+  const std::string header = slurp(ORBELAN_SOURCE_DIR "/include/orbelan.h");
+  const std::regex proto(R"(ORBELAN_API unsigned short (E4\w+)\()");
+  for (auto it = std::sregex_iterator(header.begin(), header.end(), proto); it != std::sregex_iterator(); ++it)
+    declared.insert((*it)[1]);
+
+  const auto lib = exported();
+  for (const auto& [fn, ver] : script) {
+    EXPECT_TRUE(declared.count(fn)) << fn << " is versioned but not declared in orbelan.h";
+    auto it = lib.find(fn);
+    if (it == lib.end())
+      ADD_FAILURE() << fn << " is versioned but not exported";
+    else
+      EXPECT_EQ(it->second, ver) << fn;
+  }
+  for (const auto& fn : declared) EXPECT_TRUE(script.count(fn)) << fn << " is declared but has no version node";
+}
 
 TEST(Exports, OnlyE4FunctionsEachUnderAVersionNode) {
   const std::string out =
