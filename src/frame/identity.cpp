@@ -11,7 +11,7 @@
 #include "frame/session.h"
 #include "frame/text.h"
 #include "orbelan.h"
-#include "state/owner.h"
+#include "state/documents.h"
 
 namespace orbelan {
 
@@ -323,8 +323,9 @@ ORBELAN_API unsigned short E4InfEspECF(int Opc, char* Retorno) {
     ORB_LOG("E4InfEspECF%s - fim com ret=%d \n", ret);
   } else {
     // Only what this call wrote is traced: a buffer it did not fill may hold
-    // anything, terminator included.
-    const std::string retorno{escrito && Retorno != nullptr ? in_text(Retorno, kCliche) : std::string_view{}};
+    // anything, terminator included, and option 0 writes a single byte.
+    const std::size_t largura = Opc == 0 ? 1 : kCliche;
+    const std::string retorno{escrito && Retorno != nullptr ? in_text(Retorno, largura) : std::string_view{}};
     ORB_LOG("E4InfEspECF%s - fim com ret=%d Retorno=%s \n", ret, retorno.c_str());
   }
   return ret;

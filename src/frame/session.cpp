@@ -14,6 +14,7 @@
 #include "frame/result.h"
 #include "frame/text.h"
 #include "orbelan.h"
+#include "state/regpgto.h"
 
 namespace orbelan {
 
@@ -109,7 +110,10 @@ ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
   // driver is forgotten here and the opening goes on (a missing driver then
   // fails when the printer is initialised).
   ret = le_chave("LowPaperCounter", sLowPaperCounter);
-  if (ret == 0) iLowPaperCounter = std::atoi(sLowPaperCounter.data());
+  // The thinning counter starts empty, so the first paper-low status of the
+  // session is reported; E4Status reloads it from sLowPaperCounter after each
+  // report.
+  iLowPaperCounter = 0;
 
   ret = le_chave("OVSetings", OVSetingsBuf);
   if (ret == 0 && std::atoi(OVSetingsBuf.data()) != 0) {
@@ -145,6 +149,7 @@ ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
     if (ret != 0) break;
     ret = passo();
   }
+  if (ret == 0) ret = trataArqRegPgtoOpen();
 
   const std::uint16_t final = TrataRetorno(ret);
   ORB_LOG("E4Open%s - fim com ret=%d \n", final);

@@ -1,0 +1,230 @@
+// Payments of the fiscal and non-fiscal coupon, and the small printer
+// operations around them: totalling, the change, the amount received, and the
+// subtotal, payment total and total received read back.
+#include "documents/payments.h"
+
+#include <array>
+#include <cstdlib>
+#include <string_view>
+
+#include "documents/nonfiscal.h"
+#include "frame/command.h"
+#include "frame/dumplog.h"
+#include "frame/encodings.h"
+#include "frame/identity.h"
+#include "frame/result.h"
+#include "frame/session.h"
+#include "frame/text.h"
+#include "orbelan.h"
+#include "registers/values.h"
+#include "state/payment_records.h"
+
+namespace orbelan {
+
+namespace {
+
+constexpr std::uint16_t kArgumentoInvalido = 2049;
+
+constexpr std::size_t kMaxValor = 14;
+constexpr std::size_t kMaxMensagem = 84;
+// Width of the total received.
+constexpr int kLarguraTotal = 18;
+
+const char* txt(const char* s) { return s != nullptr ? s : ""; }
+
+bool registrador_de_pagamento(int rp) { return rp >= 60 && rp <= 78; }
+
+// A query whose reply is a decimal amount in the smallest currency unit,
+// starting at `inicio`; read only when `marcador` is met at byte 0 (or always,
+// when `marcador` is negative).
+std::uint16_t le_montante(int cmd, std::size_t inicio, int marcador, float* out) {
+  Input in;
+  in.seq();
+  Reply<20> r;
+  std::uint16_t ret = executa(cmd, 1, in, r);
+  if (ret == 0 && (marcador < 0 || r[0] == marcador)) {
+    std::array<char, 21> texto{};
+    copy_text(texto, r.text(inicio));
+    if (out != nullptr) *out = static_cast<float>(std::atol(texto.data()));
+  }
+  return ret;
+}
+
+// The payment of the exported forms, and its local record once accepted.
+std::uint16_t registra_pagamento(bool esp, std::uint8_t RP, const char* Valor, const char* Mensagem) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  if (!registrador_de_pagamento(RP) && ret == 0) {
+    ORB_LOG("E4RegPag%s - Registrador invalido \n");
+    ret = kArgumentoInvalido;
+  }
+  if (ret == 0) ret = Pagamento_Fiscal_E_NaoFiscal(RP, Valor, Mensagem);
+  ret = TrataRetorno(ret);
+  if (esp)
+    ORB_LOG("E4RegPagEsp%s - fim com ret=%d \n", ret);
+  else
+    ORB_LOG("E4RegPag%s - fim com ret=%d \n", ret);
+  // Recorded after the exit line, so that a voucher can later point at it.
+  if (ret == 0) {
+    Incluir_Indice_Pagamento(RP);
+    Incluir_Indice_PagamentoCOO(RP, NOME_ARQ_PAGTOPORCOO);
+  }
+  return ret;
+}
+
+}  // namespace
+
+std::uint16_t Pagamento_Fiscal_E_NaoFiscal(std::uint8_t RP, const char* Valor, const char* Mensagem) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  ORB_LOG("Pagamento_Fiscal_E_NaoFiscal%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
+
+  // Only the first character of the message goes with a payment that closes a
+  // non-fiscal coupon.
+  std::array<char, 2> inicial{};
+  if (Mensagem != nullptr) {
+    copy_text(inicial, in_text(Mensagem, 1));
+    ORB_LOG("Pagamento_Fiscal_E_NaoFiscal%s - msg=%s \n", Mensagem);
+  }
+  const std::string_view valor = in_text(Valor, kMaxValor + 1);
+  if (ret == 0 && (valor.empty() || valor.size() > kMaxValor)) {
+    ORB_LOG("Pagamento_Fiscal_E_NaoFiscal%s - Tamanho do valor invalido (maximo=14) \n");
+    ret = kArgumentoInvalido;
+  }
+
+  std::uint8_t estado = 0;
+  if (ret == 0) ret = Estado_Cupom_Atual(&estado, nullptr);
+  // Still selling (or a non-fiscal coupon not yet totalled): total first.
+  if (ret == 0 && (estado == 2 || estado == 20 || estado == 22)) ret = Totaliza_Fiscal_e_NaoFiscal();
+
+  if (ret == 0 && estado == 20) {
+    // This payment closes the non-fiscal coupon instead.
+    ret = Finaliza_Cupom_Nao_Fiscal(inicial.data(), 0, 1);
+  } else if (ret == 0) {
+    const std::string_view mensagem = in_text(Mensagem, kMaxMensagem);
+    Input in;
+    in.seq().byte(RP).text(valor);
+    if (!mensagem.empty()) in.text(mensagem);
+    Reply<10> r;
+    ret = executa(mensagem.empty() ? 185 : 209, 0, in, r);
+  }
+
+  ret = TrataRetorno(ret);
+  ORB_LOG("Pagamento_Fiscal_E_NaoFiscal%s - fim com ret=%d \n", ret);
+  return ret;
+}
+
+std::uint16_t Totaliza_Fiscal_e_NaoFiscal() {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  ORB_LOG("Totaliza_Fiscal_e_NaoFiscal%s - inicio \n");
+  if (ret == 0) {
+    Input in;
+    in.seq().byte(0);
+    Reply<10> r;
+    ret = executa(153, 0, in, r);
+  }
+  ret = TrataRetorno(ret);
+  ORB_LOG("Totaliza_Fiscal_e_NaoFiscal%s - fim com ret=%d \n", ret);
+  return ret;
+}
+
+std::uint16_t Troco_Fiscal_E_NaoFiscal() {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  ORB_LOG("Troco_Fiscal_E_NaoFiscal%s - inicio \n");
+  std::uint8_t estado = 0;
+  if (ret == 0) ret = Estado_Cupom_Atual(&estado, nullptr);
+  if (ret == 0 && (estado == 15 || estado == 24)) {
+    Input in;
+    in.seq().byte(0);
+    Reply<10> r;
+    ret = executa(189, 0, in, r);
+  }
+  ret = TrataRetorno(ret);
+  ORB_LOG("Troco_Fiscal_E_NaoFiscal%s - fim com ret=%d \n", ret);
+  return ret;
+}
+
+std::uint16_t Imprime_Valor_Recebido() {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  ORB_LOG("Imprime_Valor_Recebido%s - inicio \n");
+  std::uint8_t estado = 0;
+  if (ret == 0) ret = Estado_Cupom_Atual(&estado, nullptr);
+  if (ret == 0 && (estado == 14 || estado == 23 || estado == 24)) {
+    Input in;
+    in.seq();
+    Reply<10> r;
+    ret = executa(188, 0, in, r);
+  }
+  ret = TrataRetorno(ret);
+  ORB_LOG("Imprime_Valor_Recebido%s - fim com ret=%d \n", ret);
+  return ret;
+}
+
+std::uint16_t CalculaTotalRecebido(char* out) {
+  if (out != nullptr) out[0] = '\0';
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  ORB_LOG("CalculaTotalRecebido%s - inicio \n");
+  std::array<char, kLarguraTotal + 1> total{};
+  if (ret == 0) {
+    // The printer lists its registers; the payment registers among them are
+    // summed.
+    Input in;
+    in.seq();
+    Reply<200> r;
+    ret = executa(38, 1, in, r);
+    long soma = 0;
+    for (std::int32_t i = 0; ret == 0 && i < r.len; ++i) {
+      const std::uint8_t reg = r[static_cast<std::size_t>(i)];
+      if (!registrador_de_pagamento(reg)) continue;
+      std::array<char, 50> valor{};
+      ret = Executa_Leitura_Registrador_Geral(134, reg, valor.data(), 0, valor.size());
+      if (ret == 0) soma += std::atol(valor.data());
+    }
+    if (ret == 0) {
+      std::array<char, 12> digitos{};
+      intoAsk(static_cast<std::uint32_t>(soma), digitos, 10);
+      LeftPad(view(digitos), total, kLarguraTotal);
+      copy_out(out, view(total), total.size());
+    }
+  }
+  ret = TrataRetorno(ret);
+  ORB_LOG("CalculaTotalRecebido%s - fim com ret=%d Valor=%s\n", ret, total.data());
+  return ret;
+}
+
+std::uint16_t Ler_Valor_Subtotal(float* out) {
+  if (out != nullptr) *out = 0;
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  ORB_LOG("Ler_Valor_Subtotal%s - inicio  \n");
+  if (ret == 0) ret = le_montante(138, 0, -1, out);
+  ret = TrataRetorno(ret);
+  ORB_LOG("Ler_Valor_Subtotal%s - fim com ret=%d - Subtotal=%f \n", ret, out != nullptr ? *out : 0.0);
+  return ret;
+}
+
+std::uint16_t Ler_Total_Pagamentos(float* out) {
+  if (out != nullptr) *out = 0;
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  ORB_LOG("Ler_Total_Pagamentos%s - inicio  \n");
+  // The total stands behind a marker byte 1; without it there is none yet.
+  if (ret == 0) ret = le_montante(190, 1, 1, out);
+  ret = TrataRetorno(ret);
+  ORB_LOG("Ler_Total_Pagamentos%s - fim com ret=%d - Pagtos=%f \n", ret, out != nullptr ? *out : 0.0);
+  return ret;
+}
+
+}  // namespace orbelan
+
+using namespace orbelan;
+
+extern "C" {
+
+ORBELAN_API unsigned short E4RegPag(unsigned char RP, const char* Valor) {
+  ORB_LOG("E4RegPag%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
+  return registra_pagamento(false, RP, Valor, "");
+}
+
+ORBELAN_API unsigned short E4RegPagEsp(unsigned char RP, const char* Valor, const char* Mensagem) {
+  ORB_LOG("E4RegPagEsp%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
+  return registra_pagamento(true, RP, Valor, Mensagem);
+}
+
+}  // extern "C"
