@@ -1,0 +1,259 @@
+// Partial registers: walking a category over the cached list, reading one
+// register, and creating registers of every category.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "orbelan.h"
+#include "support/fixture.h"
+
+using namespace orbtest;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Cmds = std::vector<int>;
+
+// The commands sent, without the last-error reads that follow every failure.
+Cmds sent() {
+  Cmds out;
+  for (int c : commands())
+    if (c != 3) out.push_back(c);
+  return out;
+}
+
+// The parameters of the last `cmd`, after its two sequence bytes.
+Bytes params(int cmd) {
+  Bytes in = last_input(cmd);
+  return in.size() >= 2 ? Bytes(in.begin() + 2, in.end()) : Bytes{};
+}
+
+// Detail replies: commands 33 (flag at 1, text from 3), 36 and 238 (text from 1).
+Bytes flagged(char flag, const std::string& name) {
+  Bytes b = bytes_with(0, 3, name);
+  b[1] = static_cast<std::uint8_t>(flag);
+  return b;
+}
+Bytes plain(const std::string& text) { return bytes_with(0, 1, text); }
+
+// One E4RPLe step, rendered "ret:description:flag:RP".
+std::string next(unsigned char cat) {
+  char compl_[100];
+  char sinal = 'x';
+  unsigned char rp = 0xEE;
+  std::memset(compl_, 'x', sizeof compl_);
+  const unsigned short ret = E4RPLe(cat, compl_, &sinal, &rp);
+  return std::to_string(ret) + ":" + compl_ + ":" + sinal + ":" + std::to_string(rp);
+}
+
+void reopen_with_status(const std::string& content) {
+  E4Close();
+  write_file("ArqRegPgto.sts", content);
+  stick(246, 0, {'0', '0', '4', '2'});  // the printer's store number
+  ASSERT_EQ(E4Open(0, 0), 0);
+  vp_clear_calls();
+}
+
+}  // namespace
+
+TEST_F(Session, WalkOfEachCategory) {
+  // The printer lists every category at once, ascending; 32 is also the walk's
+  // "no candidate" mark, so category 2 never reaches register 33.
+  stick(38, 0, {20, 32, 33, 36, 37, 40, 41, 60, 62, 116, 118, 132});
+  struct Case {
+    unsigned char cat;
+    int cmd;
+    std::vector<Bytes> replies;
+    std::vector<std::string> steps;
+  } cases[] = {
+      {1, 33, {flagged('+', "SUPRIMENTO"), flagged('-', "SANGRIA")},
+       {"0:SUPRIMENTO:+:40", "0:SANGRIA:-:41"}},
+      {5, 33, {flagged(1, "CARTAO"), flagged(0, "DINHEIRO")}, {"0:CARTAO:1:60", "0:DINHEIRO:0:62"}},
+      {2, 36, {plain("T1800")}, {"0:T1800: :20"}},
+      {4, 36, {plain("S0500"), plain("S1000")}, {"0:S0500: :36", "0:S1000: :37"}},
+      {6, 238, {plain("GERAL"), plain("TROCO"), plain("FIM")}, {"0:GERAL: :0", "0:TROCO: :2", "0:FIM: :16"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(int(c.cat));
+    vp_clear_calls();
+    for (const auto& r : c.replies) push(c.cmd, 0, r);
+    for (const auto& s : c.steps) EXPECT_EQ(next(c.cat), s);
+    // The end repeats until the walk is restarted.
+    EXPECT_EQ(next(c.cat), "2867:: :0");
+    EXPECT_EQ(next(c.cat), "2867:: :0");
+    Cmds expected{38};
+    expected.insert(expected.end(), c.steps.size(), c.cmd);
+    EXPECT_EQ(sent(), expected);
+  }
+  EXPECT_EQ(params(238), (Bytes{132}));
+  EXPECT_TRUE(logged("Ler_Proximo_Registrador5600 - fim registradores "));
+  EXPECT_TRUE(logged("E4RPLe5600 - fim com ret=0 Compl=SANGRIA Sinal=- RP=41"));
+}
+
+TEST_F(Session, WalkRestartsAndRefusals) {
+  stick(38, 0, {20, 21, 40, 41});
+  stick(33, 0, flagged('+', "X"));
+  stick(36, 0, plain("T0700"));
+  EXPECT_EQ(next(1), "0:X:+:40");
+  EXPECT_EQ(next(2), "0:T0700: :20");
+  EXPECT_EQ(next(1), "0:X:+:40");  // a change of category starts from the lowest
+  EXPECT_EQ(next(5), "2867:: :0");
+  char compl_[100];
+  char sinal = 0;
+  unsigned char rp = 0;
+  EXPECT_EQ(E4RPPrim(1), 0);
+  EXPECT_EQ(E4RPProx(1, compl_, &sinal, &rp), 0);
+  EXPECT_EQ(rp, 40);
+  EXPECT_EQ(sent(), (Cmds{38, 33, 38, 36, 38, 33, 38, 38, 33}));
+
+  // The two entry points report an invalid category differently; the refused
+  // start leaves no walk behind, so the next step reads the list again.
+  vp_clear_calls();
+  EXPECT_EQ(next(3), "2049::" + std::string(1, '\0') + ":0");
+  EXPECT_EQ(E4RPPrim(3), 2843);
+  EXPECT_TRUE(logged("E4RPPrim5600 Categoria invalida "));
+  EXPECT_TRUE(logged("E4RPLe5600 Categoria invalida "));
+  EXPECT_EQ(sent(), Cmds{});
+  EXPECT_EQ(next(1), "0:X:+:40");
+  // So does a failed list read; a failed detail read does not advance.
+  push(38, 10);
+  EXPECT_EQ(E4RPPrim(1), 2570);
+  push(33, 10);
+  EXPECT_EQ(next(1), "2570:: :0");
+  EXPECT_EQ(next(1), "0:X:+:40");
+  EXPECT_EQ(sent(), (Cmds{38, 33, 38, 38, 33, 33}));
+}
+
+TEST_F(Session, RepliesAreBoundedAndNullOutputsSkipped) {
+  // A list longer than the 100-byte cache: numbers past it are never seen.
+  Bytes list(180, 1);
+  list[99] = 40;
+  list[150] = 41;
+  vp_set_reply_len(38, 0, list.data(), 180, 250);
+  // A detail longer than its 100-byte buffer: the text runs from 3 to its end.
+  const Bytes detail = flagged('+', std::string(97, 'N'));
+  vp_set_reply_len(33, 0, detail.data(), 100, 150);
+  EXPECT_EQ(next(1), "0:" + std::string(97, 'N') + ":+:40");
+  EXPECT_EQ(next(1), "2867:: :0");
+  EXPECT_EQ(E4RPPrim(1), 0);
+  EXPECT_EQ(E4RPLe(1, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(E4VerRP(40, nullptr, nullptr), 0);
+}
+
+TEST_F(Session, LookUpOfOneRegister) {
+  stick(38, 0, {40, 41});
+  stick(33, 0, flagged('+', "X"));
+  ASSERT_EQ(next(1), "0:X:+:40");
+  struct Case {
+    int rp, cmd, printer;
+    Bytes reply;
+    std::string result;
+  } cases[] = {
+      {20, 36, 20, plain("T1800"), "T1800 "},         {39, 36, 39, plain("S0200"), "S0200 "},
+      {54, 33, 54, flagged('-', "SANGRIA"), "SANGRIA-"}, {78, 33, 78, flagged(7, "CHEQUE"), "CHEQUE1"},
+      {0, 238, 116, plain("GERAL"), "GERAL "},         {19, 238, 135, plain("R19"), "R19 "},
+  };
+  for (const auto& c : cases) {
+    vp_clear_calls();
+    push(c.cmd, 0, c.reply);
+    char descricao[100];
+    char sinal[2] = {'x', 'x'};
+    std::memset(descricao, 'x', sizeof descricao);
+    EXPECT_EQ(E4VerRP(c.rp, descricao, sinal), 0);
+    EXPECT_EQ(descricao + std::string(1, sinal[0]) + sinal[1], c.result + "x");
+    EXPECT_EQ(sent(), Cmds{c.cmd});
+    EXPECT_EQ(params(c.cmd), Bytes{std::uint8_t(c.printer)});
+  }
+  EXPECT_TRUE(logged("E4VerRP5600 - fim com ret=0 - Descricao=R19 Sinal=  "));
+  // Numbers outside every range are refused unsent; the walk goes on untouched.
+  vp_clear_calls();
+  for (int rp : {-1, 35, 55, 59, 79, 200}) EXPECT_EQ(E4VerRP(rp, nullptr, nullptr), 2049) << rp;
+  EXPECT_TRUE(logged("E4VerRP5600 - Registrador invalido: 35 "));
+  EXPECT_EQ(sent(), Cmds{});
+  EXPECT_EQ(next(1), "0:X:+:41");
+}
+
+TEST_F(Session, CreationOfEachCategory) {
+  reopen_with_status("20042");  // procedure already under way: no store-number steps
+  stick(38, 0, {40});
+  const std::string longo = "ABCDEFGHIJKLMNOPQRST";
+  auto in = [](Bytes head, const std::string& tail) {
+    head.insert(head.end(), tail.begin(), tail.end());
+    head.push_back(0);
+    return head;
+  };
+  struct Case {
+    unsigned char cat;
+    std::string nome, param;
+    unsigned char reg;
+    int cmd;
+    Bytes input;
+  } cases[] = {
+      {1, longo, "-", 45, 32, in({45, '-', 0}, longo.substr(0, 15))},
+      {2, "7", "", 21, 34, in({21}, "00700")},
+      {2, "18,00", "", 22, 34, in({22}, "01800")},
+      {2, "100", "", 23, 34, in({23}, "10000")},
+      {4, "2,559", "", 36, 58, in({36}, "00255")},
+      {5, longo, "1", 61, 59, in({61, 0, 1}, longo.substr(0, 15))},
+      {5, "DINHEIRO", "0", 62, 59, in({62, 0, 0}, "DINHEIRO")},
+      {6, "TROCO", "", 3, 213, in({119}, "TROCO")},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.nome);
+    vp_clear_calls();
+    unsigned char reg = c.reg;
+    EXPECT_EQ(E4RPCria(c.cat, c.nome.c_str(), c.param.c_str(), &reg), 0);
+    EXPECT_EQ(sent(), (Cmds{c.cmd, 38}));  // the list is refreshed
+    EXPECT_EQ(params(c.cmd), c.input);
+    EXPECT_EQ(operations()[0].flag, 0);
+    EXPECT_EQ(reg, c.cat == 6 ? 119 : c.reg);  // report types come back as sent
+  }
+  EXPECT_EQ(read_file("ArqRegPgto.sts"), "20042");
+
+  vp_clear_calls();
+  unsigned char reg = 40;
+  for (const char* p : {"*", "", static_cast<const char*>(nullptr)}) EXPECT_EQ(E4RPCria(1, "N", p, &reg), 2049);
+  EXPECT_EQ(E4RPCria(5, "N", "+", &reg), 2049);
+  EXPECT_EQ(E4RPCria(1, "N", "+", nullptr), 2049);
+  EXPECT_EQ(E4RPCria(3, "N", "+", &reg), 2842);
+  EXPECT_TRUE(logged("E4RPCria5600 - Registrador invalido "));
+  push(213, 10);
+  reg = 3;
+  EXPECT_EQ(E4RPCria(6, "X", "", &reg), 2570);
+  EXPECT_EQ(reg, 3);
+  EXPECT_EQ(sent(), Cmds{213});  // no list refresh after a refusal
+}
+
+TEST_F(Session, NewPaymentMethodSetsTheStoreNumberAside) {
+  // A reduction is pending: "9999" stays until the next document opening.
+  reopen_with_status("00042");
+  push(4, 0, {0, 1});
+  unsigned char reg = 61;
+  EXPECT_EQ(E4RPCria(5, "CARTAO", "1", &reg), 0);
+  EXPECT_EQ(sent(), (Cmds{59, 38, 245, 4}));
+  EXPECT_EQ(params(245), (Bytes{'9', '9', '9', '9', 0}));
+  EXPECT_EQ(read_file("ArqRegPgto.sts"), "20042");
+
+  // Otherwise an X reading follows, whose opening restores the saved number.
+  reopen_with_status("00042");
+  reg = 62;
+  EXPECT_EQ(E4RPCria(5, "CHEQUE", "0", &reg), 0);
+  const Cmds s = sent();
+  ASSERT_GE(s.size(), 5u);
+  EXPECT_EQ(Cmds(s.begin(), s.begin() + 4), (Cmds{59, 38, 245, 4}));
+  EXPECT_EQ(params(245), (Bytes{'0', '0', '4', '2', 0}));
+  EXPECT_EQ(read_file("ArqRegPgto.sts"), "00042");
+}
+
+TEST_F(Fresh, NothingWithoutASession) {
+  char compl_[100] = "x";
+  char sinal = 'x';
+  unsigned char rp = 9, reg = 40;
+  EXPECT_EQ(E4RPPrim(1), 2869);
+  EXPECT_EQ(E4RPLe(1, compl_, &sinal, &rp), 2869);
+  EXPECT_EQ(E4RPProx(1, compl_, &sinal, &rp), 2869);
+  EXPECT_EQ(E4VerRP(40, compl_, &sinal), 2869);
+  EXPECT_EQ(E4RPCria(1, "X", "+", &reg), 2869);
+  EXPECT_EQ(sent(), Cmds{});
+  EXPECT_EQ(std::string(compl_) + std::to_string(rp) + std::to_string(reg), "040");
+}

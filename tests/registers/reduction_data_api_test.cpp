@@ -1,0 +1,147 @@
+// The reduction data record: fixed-width entries per tax rate, fixed
+// register, totaliser and non-fiscal operation.
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "orbelan.h"
+#include "support/fixture.h"
+
+using namespace orbtest;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// A reply echoing `reg` in byte 0 with `text` at `at`.
+Bytes echo(int reg, std::size_t at, const std::string& text) {
+  Bytes b = bytes_with(50, at, text);
+  b[0] = static_cast<std::uint8_t>(reg);
+  return b;
+}
+// A register value (command 133): its number, 13 digits from byte 6; register
+// 9's is shorter, to show the NULs that fill a field.
+std::string value_of(int reg) { return reg == 9 ? "77" : std::string(13 - std::to_string(reg).size(), '0') + std::to_string(reg); }
+void value(int reg, int result = 0) { push(133, result, echo(reg, 6, result == 0 ? value_of(reg) : "")); }
+
+// A label blank-padded to 15 bytes, a value NUL-padded to 13, a comma.
+std::string entry(std::string label, int reg) {
+  label.resize(15, ' ');
+  std::string v = value_of(reg);
+  v.resize(13, '\0');
+  return label + v + ",";
+}
+
+const std::vector<std::pair<const char*, int>> kFixed{
+    {"AS", 135}, {"AT", 9}, {"Can-S", 114}, {"Can-T", 7}, {"DS", 134}, {"DT", 8}, {"F1", 11},
+    {"FS1", 111}, {"I1", 12}, {"IS1", 112}, {"N1", 13}, {"NS1", 113}, {"OPNF", 16}};
+const std::vector<std::pair<const char*, int>> kNonFiscal{{"ACRE NAO-FISC", 19}, {"CANC NAO-FISC", 17}, {"DESC NAO-FISC", 18}};
+
+// Two totalisers (the second name longer than its field) and the non-fiscal entries.
+void script_rest() {
+  push(37, 0, {1, 40, 41, 0});
+  push(33, 0, echo(40, 3, "SANGRIA"));
+  value(40);
+  push(33, 0, echo(41, 3, "SUPRIMENTO DE CAIXA"));
+  value(41);
+  for (const auto& [label, reg] : kNonFiscal) value(reg);
+}
+std::string expected_rest() {
+  std::string out = entry("SANGRIA", 40) + entry("SUPRIMENTO DE C", 41);
+  for (const auto& [label, reg] : kNonFiscal) out += entry(label, reg);
+  return out;
+}
+
+// The record written; anything written past `n` shows as a mismatch.
+std::string record(const std::vector<char>& buf, std::size_t n) {
+  for (std::size_t i = n; i < buf.size(); ++i)
+    if (buf[i] != '\0') return "written past the record at " + std::to_string(i);
+  return std::string(buf.data(), n);
+}
+
+using ReductionData = Session;
+
+TEST_F(ReductionData, WholeRecordByteForByte) {
+  push(37, 0, {2, 20, 0});
+  push(37, 0, {4, 36, 0});
+  for (const auto& [reg, rate, tax] : {std::tuple{20, "18,00", "0000000000000360"}, std::tuple{36, "05,00", "0000000000000025"}}) {
+    push(36, 0, echo(reg, 1, rate));
+    value(reg);
+    push(136, 0, echo(reg, 1, tax));
+  }
+  for (const auto& [label, reg] : kFixed) {
+    if (reg == 134) push(241, 0, {1});
+    value(reg);
+  }
+  script_rest();
+  std::vector<char> buf(2250, '\0');
+  EXPECT_EQ(E4DadosReducao(buf.data()), 0);
+  std::string want = "01T1800        " + value_of(20) + "0000000000000360," + "01S0500        " + value_of(36) +
+                     "0000000000000025,";
+  for (const auto& [label, reg] : kFixed) want += entry(label, reg);
+  want += expected_rest();
+  EXPECT_EQ(record(buf, want.size()), want);
+  EXPECT_EQ(vp_count_cmd(241), 1);
+  EXPECT_EQ(last_input(37).at(2), 1);  // the totalisers' category
+}
+
+TEST_F(ReductionData, EntriesWithoutEchoOrDataAreLeftOut) {
+  push(37, 0, {2, 20, 21, 22, 0});
+  push(37, 0, {3, 36, 0});            // the services list does not echo its category
+  push(36, 0, echo(99, 1, "18,00"));  // no label for 20, its value and tax stay
+  value(20);
+  push(136, 0, echo(20, 1, "0000000000000360"));
+  push(36, 22);  // 21 has no data: its value and tax are not asked
+  push(36, 0, echo(22, 1, "07,00"));
+  value(22);
+  push(136, 0, echo(22, 1, "0000000000000001"));
+  for (const auto& [label, reg] : kFixed) {
+    if (reg == 134) push(241, 0, {0});  // no service discounts: "DS" skipped
+    else if (reg == 9) value(9, 22);
+    else push(133, 0, echo(reg == 11 ? 12 : reg, 6, value_of(reg)));  // "F1" answers for another register
+  }
+  script_rest();
+  std::vector<char> buf(2250, '\0');
+  EXPECT_EQ(E4DadosReducao(buf.data()), 0);
+  std::string want = value_of(20) + "0000000000000360," + "03T0700        " + value_of(22) + "0000000000000001,";
+  for (const auto& [label, reg] : kFixed)
+    if (reg != 134 && reg != 11 && reg != 9) want += entry(label, reg);
+  want += expected_rest();
+  EXPECT_EQ(record(buf, want.size()), want);
+  EXPECT_EQ(vp_count_cmd(136), 2);
+}
+
+TEST_F(ReductionData, OtherFailuresStopEverythingAndTheRecordIsBounded) {
+  push(37, 0, {2, 0});
+  push(37, 0, {4, 0});
+  value(135);
+  value(9, 1);
+  std::vector<char> buf(2250, '\0');
+  EXPECT_EQ(E4DadosReducao(buf.data()), 2561);
+  EXPECT_EQ(record(buf, 29), entry("AS", 135));
+  EXPECT_EQ(vp_count_cmd(133), 2);
+  EXPECT_TRUE(logged("E4DadosReducao5600 - fim com ret=1 "));
+
+  // A printer listing one tax register over and over fills no more than the
+  // largest record, 2249 bytes.
+  Bytes lista(49, 20);
+  lista[0] = 2;
+  push(37, 0, lista);
+  lista[0] = 4;
+  push(37, 0, lista);
+  stick(36, 0, echo(20, 1, "18,00"));
+  stick(133, 0, echo(20, 6, "1234567890123"));
+  stick(136, 0, echo(20, 1, "1234567890123456"));
+  std::vector<char> big(2260, '\0');
+  EXPECT_EQ(E4DadosReducao(big.data()), 0);
+  EXPECT_EQ(record(big, 2249).substr(2205, 44), "01T1800        12345678901231234567890123456");
+  EXPECT_EQ(E4DadosReducao(nullptr), 0);
+}
+
+TEST_F(Fresh, ReductionDataWithoutSession) {
+  std::vector<char> buf(2250, '\0');
+  EXPECT_EQ(E4DadosReducao(buf.data()), 2869);
+  EXPECT_EQ(buf[0], '\0');
+}
+
+}  // namespace
