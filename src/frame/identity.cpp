@@ -220,11 +220,11 @@ std::uint16_t cliche_e_endereco(char* out) {
   std::array<char, 256> cliche{}, endereco{};
   const std::uint16_t ret = LerClicheEndereco(cliche.data(), endereco.data());
   if (ret == 0) {
+    // Each part is at most 255 characters, so the whole always fits.
     std::array<char, kCliche> junto{};
-    const std::size_t n = copy_text(junto, view(cliche));
-    junto[n] = '\r';
-    junto[n + 1] = '\n';
-    copy_text(std::span<char>{junto}.subspan(n + 2), view(endereco));
+    std::span<char> livre{junto};
+    for (const std::string_view parte : {view(cliche), std::string_view{"\r\n"}, view(endereco)})
+      livre = livre.subspan(copy_text(livre, parte));
     copy_out(out, view(junto), kCliche);
   }
   return ret;

@@ -83,7 +83,10 @@ bool procura_coo_inicial(std::FILE* datas, const char* DataIni, std::array<char,
     std::array<char, 11> data{};
     if (pos < l.size()) copy_text(data, l.substr(pos, 10));
     if (timeCompare(data.data(), DataIni) == 2) {
-      std::snprintf(cooi.data(), cooi.size(), "%06d", numero(l, 9, 6) + 1);
+      // Six digits read plus one fit in seven characters and the terminator.
+      std::array<char, 12> texto{};
+      std::snprintf(texto.data(), texto.size(), "%06d", numero(l, 9, 6) + 1);
+      copy_text(cooi, view(texto));
       return true;
     }
   }

@@ -20,6 +20,11 @@ std::vector<Wait> waits();
 void clear_waits();
 // dlopen of exactly `name` fails from now on in this process.
 void fail_dlopen(const std::string& name);
+// dlopen of exactly `name` opens `path` instead (the agent plug-in's absolute
+// path is redirected to the plug-in double from the start).
+void redirect_dlopen(const std::string& name, const std::string& path);
+// The built test double lib<name>.so.
+std::string double_path(const std::string& name);
 extern const char* const kAgentPluginPath;
 
 // ---- files ----------------------------------------------------------------

@@ -25,6 +25,11 @@ std::vector<std::string>& failing() {
   static std::vector<std::string> f;
   return f;
 }
+std::vector<std::pair<std::string, std::string>>& redirects() {
+  static std::vector<std::pair<std::string, std::string>> r{
+      {orbtest::kAgentPluginPath, ORBELAN_TEST_DOUBLES_DIR "/libOAPlugin.so"}};
+  return r;
+}
 
 using DlopenFn = void* (*)(const char*, int);
 
@@ -34,6 +39,10 @@ DlopenFn real_dlopen() {
 }
 
 }  // namespace
+
+namespace orbtest {
+const char* const kAgentPluginPath = "/usr/share/OVAgented/libOAPlugin.so";
+}
 
 namespace orbtest {
 
@@ -52,7 +61,14 @@ void fail_dlopen(const std::string& name) {
   failing().push_back(name);
 }
 
-const char* const kAgentPluginPath = "/usr/share/OVAgented/libOAPlugin.so";
+void redirect_dlopen(const std::string& name, const std::string& path) {
+  std::lock_guard g(lock());
+  redirects().insert(redirects().begin(), {name, path});
+}
+
+std::string double_path(const std::string& name) {
+  return std::string(ORBELAN_TEST_DOUBLES_DIR) + "/lib" + name + ".so";
+}
 
 }  // namespace orbtest
 
@@ -71,15 +87,18 @@ int usleep(useconds_t usec) {
 }
 
 void* dlopen(const char* file, int mode) {
+  std::string target;
   if (file != nullptr) {
-    {
-      std::lock_guard g(lock());
-      for (const auto& name : failing())
-        if (name == file) return nullptr;
-    }
-    if (std::strcmp(file, orbtest::kAgentPluginPath) == 0) file = ORBELAN_TEST_PLUGIN;
+    std::lock_guard g(lock());
+    for (const auto& name : failing())
+      if (name == file) return nullptr;
+    for (const auto& [name, path] : redirects())
+      if (name == file) {
+        target = path;
+        break;
+      }
   }
-  return real_dlopen()(file, mode);
+  return real_dlopen()(target.empty() ? file : target.c_str(), mode);
 }
 
 }  // extern "C"
