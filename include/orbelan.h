@@ -138,8 +138,37 @@ ORBELAN_API unsigned short E4LeMFDEsp(int Usuario, unsigned char Tipo, const cha
                                       const char *Final, const char *arqDestino);
 
 /* ---- peripherals and monitoring agent ------------------------------------------------ */
+ORBELAN_API unsigned short E4ImpChq(unsigned short Banco, const char *Nome, const char *Cidade,
+                                    const char *Data, const char *Valor, const char *LinAdic1,
+                                    const char *LinAdic2);
+/* Texto must have room for one more character. */
+ORBELAN_API unsigned short E4Aut(char *Texto);
+ORBELAN_API unsigned short E4AutEsp(char *Texto, int Tipo);
+ORBELAN_API unsigned short E4LeCMC7(char *Valor);
+ORBELAN_API unsigned short E4OpenGv(void);
+ORBELAN_API unsigned short E4StatGv(unsigned char *Status);
+ORBELAN_API unsigned short E4ImpCodB(int Tipo, int PosicaoHRI, int Altura, int Fonte,
+                                     const char *CodBarra);
+ORBELAN_API unsigned short E4infOvitraM(const char *codInf, const char *tipoInf, const char *descr,
+                                        const char *extra);
 
 /* ---- the _JP family ------------------------------------------------------------------ */
+ORBELAN_API unsigned short E4IniCP_JP(unsigned char Opc, const char *Param);
+ORBELAN_API unsigned short E4RegPag_JP(unsigned char RP, const char *Valor);
+ORBELAN_API unsigned short E4RegPagEsp_JP(unsigned char RP, const char *Valor, const char *Mensagem);
+ORBELAN_API unsigned short E4EstornaPgto_JP(unsigned char RPO, unsigned char RPD, const char *Valor);
+ORBELAN_API unsigned short E4CanCP_JP(unsigned char Avanca, int Linhas);
+ORBELAN_API unsigned short E4CanCPEsp_JP(unsigned char Avanca, int Linhas);
+ORBELAN_API unsigned short E4CanCupEsp_JP(void);
+ORBELAN_API unsigned short E4FimCPEsp_JP(unsigned char Avanca, int Linhas, const char *Prox);
+ORBELAN_API unsigned short E4FimDoc_JP(void);
+ORBELAN_API unsigned short E4RPCria_JP(unsigned char Cat, const char *Nome, const char *Param,
+                                       unsigned char *Reg);
+ORBELAN_API unsigned short E4RPLe_JP(unsigned char Cat, char *Compl, char *Sinal, unsigned char *RP);
+ORBELAN_API unsigned short E4RPProx_JP(unsigned char Cat, char *Compl, char *Sinal,
+                                       unsigned char *RP);
+ORBELAN_API unsigned short E4ValAtu_JP(unsigned char Reg, char *Valor);
+ORBELAN_API unsigned short E4ValAtuEsp_JP(unsigned char Reg, char *Valor);
 
 #ifdef __cplusplus
 }
