@@ -294,24 +294,22 @@ std::uint16_t Pre_Cancelamento() {
   return ret;
 }
 
+std::uint16_t Cancelamento_Exportado(const char* nome, const char* brancos, std::int32_t TrataErro,
+                                    std::int32_t qtdeAvanco, std::uint8_t CortaPapel, std::uint8_t CancelaAtual) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  dumpLog("%s%s - inicio%s\n", nome, trace_version(), brancos);
+  if (ret == 0) ret = CancelaCupomGeral(TrataErro, qtdeAvanco, CortaPapel, CancelaAtual);
+  ret = TrataRetorno(ret);
+  dumpLog("%s%s - fim com ret=%d \n", nome, trace_version(), ret);
+  return ret;
+}
+
 }  // namespace orbelan
 
 using namespace orbelan;
 
-extern "C" ORBELAN_API unsigned short E4CanCup(void) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4CanCup%s - inicio \n");
-  if (ret == 0) ret = CancelaCupomGeral(0, 0, 1, 1);
-  ret = TrataRetorno(ret);
-  ORB_LOG("E4CanCup%s - fim com ret=%d \n", ret);
-  return ret;
-}
+extern "C" ORBELAN_API unsigned short E4CanCup(void) { return Cancelamento_Exportado("E4CanCup", " ", 0, 0, 1, 1); }
 
 extern "C" ORBELAN_API unsigned short E4CanCupEsp(void) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4CanCupEsp%s - inicio \n");
-  if (ret == 0) ret = CancelaCupomGeral(1, 0, 1, 1);
-  ret = TrataRetorno(ret);
-  ORB_LOG("E4CanCupEsp%s - fim com ret=%d \n", ret);
-  return ret;
+  return Cancelamento_Exportado("E4CanCupEsp", " ", 1, 0, 1, 1);
 }

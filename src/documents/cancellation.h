@@ -14,6 +14,12 @@ namespace orbelan {
 std::uint16_t CancelaCupomGeral(std::int32_t TrataErro, std::int32_t qtdeAvanco, std::uint8_t CortaPapel,
                                 std::uint8_t CancelaAtual);
 
+// An exported cancellation: the session check, the decision tree with these
+// flags and the translation, between the entry and exit lines of `nome`;
+// `brancos` are the blanks that end its entry line after "inicio".
+std::uint16_t Cancelamento_Exportado(const char* nome, const char* brancos, std::int32_t TrataErro,
+                                    std::int32_t qtdeAvanco, std::uint8_t CortaPapel, std::uint8_t CancelaAtual);
+
 // Cancels the document open on the printer (command 154).
 std::uint16_t Cancela_Cupom(std::int32_t qtdeAvanco, char CortaPapel);
 // Cancels the last fiscal coupon, already closed (command 155), and records it

@@ -206,19 +206,24 @@ std::uint16_t CortedePapel() {
   return ret;
 }
 
+std::uint16_t Fechamento_Exportado(const char* nome, const char* Prox, std::int32_t qtdeAvanco,
+                                   std::uint16_t (*fecha)(const char*, std::int32_t, char)) {
+  const Mensagem prox = copia_mensagem(Prox);
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  dumpLog("%s%s - inicio - Prox=[%s] \n", nome, trace_version(), prox.data());
+  if (ret == 0) ret = fecha(prox.data(), qtdeAvanco, 1);
+  ret = TrataRetorno(ret);
+  dumpLog("%s%s - fim com ret=%d \n", nome, trace_version(), ret);
+  return ret;
+}
+
 }  // namespace orbelan
 
 using namespace orbelan;
 
 extern "C" ORBELAN_API unsigned short E4FimCP(int first, const char* Prox) {
   (void)first;  // kept in the interface, never used
-  const Mensagem prox = copia_mensagem(Prox);
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4FimCP%s - inicio - Prox=[%s] \n", prox.data());
-  if (ret == 0) ret = Finalizar(prox.data(), 0, 1);
-  ret = TrataRetorno(ret);
-  ORB_LOG("E4FimCP%s - fim com ret=%d \n", ret);
-  return ret;
+  return Fechamento_Exportado("E4FimCP", Prox, 0, Finalizar);
 }
 
 extern "C" ORBELAN_API unsigned short E4FimCup(void) {

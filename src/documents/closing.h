@@ -22,6 +22,12 @@ std::uint16_t ControlarFinalizacaoCupom(const char* msg, std::int32_t qtdeAvanco
 // Closes a fiscal coupon in its payment phase (command 142) with the operator
 // and, when identified, the consumer.
 std::uint16_t Finaliza_Cupom_Fiscal(const char* msg, std::int32_t qtdeAvanco, char CortaPapel);
+// An exported closing with a message: `Prox` kept to 299 characters, the
+// session check, `fecha` (Finalizar or ControlarFinalizacaoCupom) with it,
+// `qtdeAvanco` lines and a cut, and the translation, between the entry and
+// exit lines of `nome`.
+std::uint16_t Fechamento_Exportado(const char* nome, const char* Prox, std::int32_t qtdeAvanco,
+                                   std::uint16_t (*fecha)(const char*, std::int32_t, char));
 // Prints a free text line (command 130); at most 252 characters go out.
 std::uint16_t ImprimeMensagem(const char* msg);
 // Advances two lines.

@@ -46,6 +46,13 @@ int numero_do_registrador(std::string_view param) {
   return std::atoi(dois.data());
 }
 
+// 2582, with the refusal line of `nome`, for a register outside min..max.
+std::uint16_t confere_registrador(const char* nome, int reg, int min, int max) {
+  if (reg >= min && reg <= max) return 0;
+  dumpLog("%s%s - Registrador invalido: %d \n", nome, trace_version(), reg);
+  return kRegistradorInvalido;
+}
+
 // After a coupon opened: the current coupon's payment files (and, for a fiscal
 // coupon, its item increases) restart with its COO, and the day file gets the
 // coupon's line. Failures here leave the printer's coupon open all the same.
@@ -98,15 +105,21 @@ std::uint16_t Abre_Cupom_Fiscal() {
   return ret;
 }
 
-}  // namespace orbelan
+std::uint16_t Registrador_Comprovante(const char* nome, std::string_view param, std::uint8_t& reg) {
+  const int numero = numero_do_registrador(param);
+  reg = static_cast<std::uint8_t>(numero);
+  return confere_registrador(nome, numero, 60, 78);
+}
 
-using namespace orbelan;
+std::uint16_t Abre_Comprovante(const char* coo, std::uint8_t reg) {
+  std::uint16_t ret = Abre_CCD(coo, reg);
+  if (ret == 0) Incluir_Tipo_Cupom(TIPO_CUPOM_CCD);
+  return ret;
+}
 
-extern "C" {
-
-ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char* Param) {
+std::uint16_t Inicia_Documento(const VarianteAbertura& v, unsigned char Opc, const char* Param) {
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4IniCP%s - inicio - Opc=%d \n", Opc);
+  dumpLog("%s%s - inicio - Opc=%d \n", v.nome, trace_version(), Opc);
   // The readings look a few bytes into their parameter whatever its length: a
   // zeroed copy keeps them within bounds.
   std::array<char, 16> param{};
@@ -123,7 +136,7 @@ ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char* Param) {
         ret = Abre_Cupom_Fiscal();
         if (ret == 0) {
           registra_abertura(TIPO_CUPOM_FISCAL, true);
-          fCupomFiscalOpen = 1;
+          if (v.marca_aberto) fCupomFiscalOpen = 1;
         }
         break;
       case 4:
@@ -143,15 +156,11 @@ ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char* Param) {
       case 17:
       case 18:
       case 22: {
-        const int reg = numero_do_registrador(texto);
-        if (reg < 60 || reg > 78) {
-          ORB_LOG("E4IniCP%s - Registrador invalido: %d \n", reg);
-          ret = kRegistradorInvalido;
-        }
+        std::uint8_t reg = 0;
+        ret = Registrador_Comprovante(v.nome, texto, reg);
         if (ret == 0) {
           const std::array<char, 7> coo{};  // empty: the coupon just paid
-          ret = Abre_CCD(coo.data(), static_cast<std::uint8_t>(reg));
-          if (ret == 0) Incluir_Tipo_Cupom(TIPO_CUPOM_CCD);
+          ret = Abre_Comprovante(coo.data(), reg);
         }
         break;
       }
@@ -159,15 +168,12 @@ ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char* Param) {
         ret = Abre_Cupom_Nao_Fiscal(Param);  // cut there; an absent text is told apart
         if (ret == 0) {
           registra_abertura(TIPO_CUPOM_NAO_FISCAL, false);
-          fCupomNFiscalOpen = 1;
+          if (v.marca_aberto) fCupomNFiscalOpen = 1;
         }
         break;
       case 20: {
         const int reg = texto.empty() ? 0 : numero_do_registrador(texto);
-        if (reg < 0 || reg > 19) {
-          ORB_LOG("E4IniCP%s - Registrador invalido: %d \n", reg);
-          ret = kRegistradorInvalido;
-        }
+        ret = confere_registrador(v.nome, reg, 0, 19);
         if (ret == 0) {
           ret = Abre_Gerencial(reg);
           if (ret == 0) Incluir_Tipo_Cupom(TIPO_RELATORIO_GRL);
@@ -178,14 +184,27 @@ ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char* Param) {
         ret = ImpSegundaViaCCD();
         break;
       default:
-        ORB_LOG("E4IniCP%s - Tipo de Cupom invalido \n");
-        ret = kArgumentoInvalido;
+        if (v.opcao_propria == nullptr || !v.opcao_propria(Opc, texto, ret)) {
+          dumpLog("%s%s - Tipo de Cupom invalido \n", v.nome, trace_version());
+          ret = kArgumentoInvalido;
+        }
         break;
     }
   }
   ret = TrataRetorno(ret);
-  ORB_LOG("E4IniCP%s - fim com ret=%d \n", ret);
+  dumpLog("%s%s - fim com ret=%d \n", v.nome, trace_version(), ret);
   return ret;
+}
+
+}  // namespace orbelan
+
+using namespace orbelan;
+
+extern "C" {
+
+ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char* Param) {
+  static constexpr VarianteAbertura kBase{"E4IniCP", true, nullptr};
+  return Inicia_Documento(kBase, Opc, Param);
 }
 
 ORBELAN_API unsigned short E4IniCup(unsigned char Opc) {

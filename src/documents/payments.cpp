@@ -50,19 +50,17 @@ std::uint16_t le_montante(int cmd, std::size_t inicio, int marcador, float* out)
   return ret;
 }
 
-// The payment of the exported forms, and its local record once accepted.
-std::uint16_t registra_pagamento(bool esp, std::uint8_t RP, const char* Valor, const char* Mensagem) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+}  // namespace
+
+std::uint16_t Registra_Pagamento(const NomesPagamento& nomes, std::uint16_t ret, std::uint8_t RP,
+                                 const char* Valor, const char* Mensagem) {
   if (!registrador_de_pagamento(RP) && ret == 0) {
-    ORB_LOG("E4RegPag%s - Registrador invalido \n");
+    dumpLog("%s%s - Registrador invalido \n", nomes.recusa, trace_version());
     ret = kArgumentoInvalido;
   }
   if (ret == 0) ret = Pagamento_Fiscal_E_NaoFiscal(RP, Valor, Mensagem);
   ret = TrataRetorno(ret);
-  if (esp)
-    ORB_LOG("E4RegPagEsp%s - fim com ret=%d \n", ret);
-  else
-    ORB_LOG("E4RegPag%s - fim com ret=%d \n", ret);
+  dumpLog("%s%s - fim com ret=%d \n", nomes.fim, trace_version(), ret);
   // Recorded after the exit line, so that a voucher can later point at it.
   if (ret == 0) {
     Incluir_Indice_Pagamento(RP);
@@ -70,8 +68,6 @@ std::uint16_t registra_pagamento(bool esp, std::uint8_t RP, const char* Valor, c
   }
   return ret;
 }
-
-}  // namespace
 
 std::uint16_t Pagamento_Fiscal_E_NaoFiscal(std::uint8_t RP, const char* Valor, const char* Mensagem) {
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
@@ -219,12 +215,13 @@ extern "C" {
 
 ORBELAN_API unsigned short E4RegPag(unsigned char RP, const char* Valor) {
   ORB_LOG("E4RegPag%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
-  return registra_pagamento(false, RP, Valor, "");
+  return Registra_Pagamento({"E4RegPag", "E4RegPag"}, OPENOK == 0 ? kNaoAberto : 0, RP, Valor, "");
 }
 
 ORBELAN_API unsigned short E4RegPagEsp(unsigned char RP, const char* Valor, const char* Mensagem) {
   ORB_LOG("E4RegPagEsp%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
-  return registra_pagamento(true, RP, Valor, Mensagem);
+  // The refusal line names the function without "Esp".
+  return Registra_Pagamento({"E4RegPag", "E4RegPagEsp"}, OPENOK == 0 ? kNaoAberto : 0, RP, Valor, Mensagem);
 }
 
 }  // extern "C"

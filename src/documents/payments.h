@@ -9,6 +9,20 @@ namespace orbelan {
 // One payment on register RP (60..78); Mensagem may be NULL (no message).
 std::uint16_t Pagamento_Fiscal_E_NaoFiscal(std::uint8_t RP, const char* Valor, const char* Mensagem);
 
+// The trace names of an exported payment: the one its refusal line names and
+// the one its exit line names.
+struct NomesPagamento {
+  const char* recusa;
+  const char* fim;
+};
+
+// An exported payment once its register is known. `ret` is the result so far
+// (e.g. 2869 without a session); RP outside 60..78 is refused with 2049; then
+// the payment, the translation and the exit line, and, when it was accepted,
+// its record in the coupon's and the day's payment files.
+std::uint16_t Registra_Pagamento(const NomesPagamento& nomes, std::uint16_t ret, std::uint8_t RP,
+                                 const char* Valor, const char* Mensagem);
+
 // Totals the coupon (command 153).
 std::uint16_t Totaliza_Fiscal_e_NaoFiscal();
 // Prints the change when the document state is 15 or 24; otherwise 0.

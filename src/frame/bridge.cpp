@@ -9,8 +9,10 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "agent/agent.h"
 #include "frame/command.h"
 #include "frame/dumplog.h"
+#include "peripherals/loader.h"
 
 namespace orbelan {
 
@@ -153,8 +155,10 @@ void FreeMemLibrary(void* handle) {
 }
 
 void CloseLibrary() {
-  // The peripheral libraries and the monitoring plug-in are released here once
-  // they exist; the printer driver itself stays loaded.
+  // The peripheral libraries and the monitoring plug-in are released; the
+  // printer driver itself stays loaded.
+  FechaPerifericos();
+  LiberaOV();
 }
 
 std::uint16_t executa_raw(int cmd, int flag, int mode, Input& in, std::uint8_t* out,

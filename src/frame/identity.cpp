@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "agent/agent.h"
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
@@ -164,6 +165,14 @@ std::uint16_t EstadoReducao() {
     Reply<40> r;
     ret = executa(10, 1, in, r);
     if (ret == 0) Valor_Reducao = r[24];
+  }
+  // The agent hears of the day's reduction state each time it is read (a failed
+  // read has nothing new to tell).
+  if (ret == 0 && flagIniciaOV != 0) {
+    std::array<char, 52> texto{};  // room for the longer text, blanks included
+    copy_text(texto, Valor_Reducao != 0 ? " Ja ocorreu Reducao Z de Fechamento de Dia "
+                                        : " Ainda nao ocorreu Reducao Z de Fechamento de Dia ");
+    informaOV("INFODIA ", tipoInfGrupo2.data(), texto.data(), "");
   }
   ret = TrataRetorno(ret);
   ORB_LOG("EstadoReducao%s - fim com ret=%d Valor_Reducao=%d \n", ret, Valor_Reducao);

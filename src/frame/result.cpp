@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "agent/agent.h"
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/session.h"
@@ -95,6 +96,7 @@ std::uint16_t TrataRetorno(std::int32_t code) {
   }
   const std::uint16_t traduzido = traduz_codigo(code);
   if (traduzido != code) ORB_LOG("TrataRetorno%s - De:%d Para:%d \n", code, traduzido);
+  infOvitra(traduzido);
   return traduzido;
 }
 
@@ -121,8 +123,8 @@ ORBELAN_API unsigned short E4GetError(unsigned int* err) {
   return ret;
 }
 
-ORBELAN_API unsigned short E4PutError(int /*code*/) {
-  // Reported to the monitoring agent once it is wired in.
+ORBELAN_API unsigned short E4PutError(int code) {
+  infOvitra(code);
   return 0;
 }
 

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "agent/agent.h"
 #include "frame/bridge.h"
 #include "frame/dumplog.h"
 #include "frame/identity.h"
@@ -14,6 +15,8 @@
 #include "frame/result.h"
 #include "frame/text.h"
 #include "orbelan.h"
+#include "peripherals/loader.h"
+#include "peripherals/station.h"
 #include "state/regpgto.h"
 
 namespace orbelan {
@@ -29,7 +32,7 @@ std::array<char, 20> ValorReducaoZ{};
 
 namespace {
 
-constexpr std::size_t kLinhaMax = 511;  // longest configuration line looked at
+constexpr std::size_t kLinhaMax = 1100;  // longest configuration line looked at (agent groups hold 1024)
 
 }  // namespace
 
@@ -101,6 +104,7 @@ ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
   ORB_LOG("E4Open%s - inicio \n");
   int ret = 0;
   if (OPENOK == 1) {
+    if (flagIniciaOV != 0) infOvitra(2868);
     ORB_LOG("E4Open%s - Erro ja iniciado\n");
     ret = 2868;
   }
@@ -125,22 +129,40 @@ ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
     for (const auto& [nome, destino] : chaves)
       if ((ret = le_chave(nome, *destino)) != 0) break;
   }
-  // The monitoring agent is not started by this build: with it disabled, or a
-  // key or the file missing, the opening goes on without it.
-  ORB_LOG("E4Open%s OV nao iniciado OVSetingsBuf=%s ret=%d\n", OVSetingsBuf.data(), ret);
-  ret = 0;
+  if (ret == 0 && std::atoi(OVSetingsBuf.data()) != 0) {
+    if (LoadlibInfOV() == 0) {
+      ORB_LOG("E4Open%s Erro %d\n", 2900);
+      closeLog();
+      ret = 2900;
+    } else if (iniciaOV() == 0) {
+      ORB_LOG("E4Open%s Erro %d\n", 2900);
+      closeLog();
+      DescarregaLibInfOV();
+      ret = 2900;
+    } else {
+      ConfiguraOV();  // a missing group key leaves the default groups
+      ret = 0;
+    }
+  } else {
+    // With the agent disabled, or a key or the file missing, the opening goes
+    // on without it.
+    ORB_LOG("E4Open%s OV nao iniciado OVSetingsBuf=%s ret=%d\n", OVSetingsBuf.data(), ret);
+    ret = 0;
+  }
 
   std::array<char, 2> tipo_pd{};
-  le_chave("TIPO_PD", tipo_pd);
+  if (ret == 0) le_chave("TIPO_PD", tipo_pd);
   // Only 0 and 1 are meaningful; any other value would mark peripherals in use
   // without loading them, so it counts as 0.
   FLAGPD = std::atoi(tipo_pd.data()) == 1 ? 1 : 0;
   ORB_LOG1("E4Open%s TIPO_PD[%d] \n", FLAGPD);
+  if (FLAGPD == 1) ret = CarregaPerifericos();
 
   if (ret == 0) {
     ret = Executa_FC_Inicializa();
     if (ret == 0) OPENOK = 1;
   }
+  if (FLAGPD != 0 && ret == 0) ret = IniciaPerifericos();
 
   using Recuperacao = std::uint16_t (*)();
   for (Recuperacao passo : {RecuperarNro_Serie_Fabricacao, RecuperarModeloFirmwareImpressora,
@@ -150,6 +172,13 @@ ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
     ret = passo();
   }
   if (ret == 0) ret = trataArqRegPgtoOpen();
+  if (flagIniciaOV != 0 && ret == 0) ret = EnviaInventarioOV();
+  if (ret == 0) {
+    // The document spacing for this printer type; neither result matters here.
+    std::array<std::uint8_t, 2> espaco{};
+    LerEspacoDocumento(espaco.data());
+    EspacoDocumento(espaco.data());
+  }
 
   const std::uint16_t final = TrataRetorno(ret);
   ORB_LOG("E4Open%s - fim com ret=%d \n", final);
@@ -174,9 +203,14 @@ ORBELAN_API unsigned short E4Close(void) {
   if (ret == 0) {
     LiberaLib();
     OPENOK = 0;
+    FechaPerifericos();
+    LiberaOV();
   }
   ORB_LOG("E4Close%s - fim com ret=%d \n", ret);
-  if (ret == 0) closeLog();
+  if (ret == 0) {
+    flagInfOV = 0;
+    closeLog();
+  }
   return ret;
 }
 

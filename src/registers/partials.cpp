@@ -209,6 +209,37 @@ std::uint16_t Detalhe_Registrador_Parcial(int RP, char* Parametro, char* Descric
   return ret;
 }
 
+std::uint16_t Le_Registrador_Parcial(const char* quem, bool reinicia_no_fim, std::uint8_t Cat, char* Compl,
+                                    char* Sinal, std::uint8_t* RP) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  dumpLog("%s%s - inicio - Cat=%d\n", quem, trace_version(), Cat);
+  if (Compl != nullptr) Compl[0] = '\0';
+  if (Sinal != nullptr) *Sinal = '\0';
+  if (RP != nullptr) *RP = 0;
+  if (ret == 0 && !categoria_valida(Cat)) {
+    dumpLog("%s%s Categoria invalida \n", quem, trace_version());
+    ret = kArgumentoInvalido;
+  }
+  if (ret == 0 && Cat != Ultima_Categoria_Lida) ret = E4RPPrim(Cat);
+  if (ret == 0) ret = Ler_Proximo_Registrador(Compl, Sinal, RP);
+  // The restart's own result does not matter: the end of the walk is reported.
+  if (ret == kFimRegistradores && reinicia_no_fim) (void)E4RPPrim(Cat);
+  ret = TrataRetorno(ret);
+  dumpLog("%s%s - fim com ret=%d Compl=%s Sinal=%c RP=%d\n", quem, trace_version(), ret, ou_vazio(Compl),
+          caractere(Sinal), RP != nullptr ? *RP : 0);
+  return ret;
+}
+
+std::uint16_t Proximo_Registrador_Parcial(const char* quem, LeitorParcial ler, std::uint8_t Cat, char* Compl,
+                                          char* Sinal, std::uint8_t* RP) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  dumpLog("%s%s - inicio - Cat=%d\n", quem, trace_version(), Cat);
+  if (ret == 0) ret = ler(Cat, Compl, Sinal, RP);
+  ret = TrataRetorno(ret);
+  dumpLog("%s%s - fim com ret=%d \n", quem, trace_version(), ret);
+  return ret;
+}
+
 }  // namespace orbelan
 
 using namespace orbelan;
@@ -278,30 +309,11 @@ ORBELAN_API unsigned short E4RPPrim(unsigned char Cat) {
 }
 
 ORBELAN_API unsigned short E4RPLe(unsigned char Cat, char* Compl, char* Sinal, unsigned char* RP) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4RPLe%s - inicio - Cat=%d\n", Cat);
-  if (Compl != nullptr) Compl[0] = '\0';
-  if (Sinal != nullptr) *Sinal = '\0';
-  if (RP != nullptr) *RP = 0;
-  if (ret == 0 && !categoria_valida(Cat)) {
-    ORB_LOG("E4RPLe%s Categoria invalida \n");
-    ret = kArgumentoInvalido;
-  }
-  if (ret == 0 && Cat != Ultima_Categoria_Lida) ret = E4RPPrim(Cat);
-  if (ret == 0) ret = Ler_Proximo_Registrador(Compl, Sinal, RP);
-  ret = TrataRetorno(ret);
-  ORB_LOG("E4RPLe%s - fim com ret=%d Compl=%s Sinal=%c RP=%d\n", ret, ou_vazio(Compl), caractere(Sinal),
-          RP != nullptr ? *RP : 0);
-  return ret;
+  return Le_Registrador_Parcial("E4RPLe", false, Cat, Compl, Sinal, RP);
 }
 
 ORBELAN_API unsigned short E4RPProx(unsigned char Cat, char* Compl, char* Sinal, unsigned char* RP) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4RPProx%s - inicio - Cat=%d\n", Cat);
-  if (ret == 0) ret = E4RPLe(Cat, Compl, Sinal, RP);
-  ret = TrataRetorno(ret);
-  ORB_LOG("E4RPProx%s - fim com ret=%d \n", ret);
-  return ret;
+  return Proximo_Registrador_Parcial("E4RPProx", E4RPLe, Cat, Compl, Sinal, RP);
 }
 
 ORBELAN_API unsigned short E4VerRP(int RP, char* Descricao, char* Sinal) {

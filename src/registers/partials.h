@@ -47,4 +47,19 @@ std::uint16_t Proximo_Registrador_Livre(int Tipo, std::uint8_t* RegLivre);
 // kTamDescricaoDetalhe bytes). Translated result.
 std::uint16_t Detalhe_Registrador_Parcial(int RP, char* Parametro, char* Descricao);
 
+// The steps of E4RPLe, with `quem` naming the function in the trace. With
+// `reinicia_no_fim` the end of the walk (2867, still returned) restarts the
+// category at once, so that the next call returns its first register again.
+// Translated result.
+std::uint16_t Le_Registrador_Parcial(const char* quem, bool reinicia_no_fim, std::uint8_t Cat, char* Compl,
+                                    char* Sinal, std::uint8_t* RP);
+
+// A reader of the walk with E4RPLe's arguments.
+using LeitorParcial = unsigned short (*)(unsigned char Cat, char* Compl, char* Sinal, unsigned char* RP);
+
+// The steps of E4RPProx: the session check and trace around `ler`, with
+// `quem` naming the function in the trace. Translated result.
+std::uint16_t Proximo_Registrador_Parcial(const char* quem, LeitorParcial ler, std::uint8_t Cat, char* Compl,
+                                          char* Sinal, std::uint8_t* RP);
+
 }  // namespace orbelan

@@ -5,9 +5,11 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
+#include "agent/agent.h"
 #include "documents/closing.h"
 #include "documents/reports.h"
 #include "frame/command.h"
@@ -102,6 +104,11 @@ std::uint16_t ReducaoZ(const char* Hora) {
     }
     Reply<10> r;
     ret = executa(162, 0, in, r);
+    if (ret != 0 && flagIniciaOV != 0) {
+      std::array<char, 40> detalhe{};
+      std::snprintf(detalhe.data(), detalhe.size(), "|Erro Impressora = %d||", ret);
+      informaOV("2950    ", tipoInfGrupo3.data(), "Erro ao emitir Reducao Z", detalhe.data());
+    }
   }
   if (ret == 0) {
     // The reduction is accepted; the printer goes on printing the fiscal

@@ -241,6 +241,24 @@ std::uint16_t Calcular_Venda_Liquida_Diaria(int Verifica, char* Valor) {
   return ret;
 }
 
+std::uint16_t Le_Valor_Atual(const char* quem, std::uint8_t Reg, char* Valor, LeitorValor ler, int numero_byte) {
+  if (Valor != nullptr) Valor[0] = '\0';
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  dumpLog("%s%s - inicio - Reg=%d\n", quem, trace_version(), Reg);
+  TextoValor valor{};
+  if (ret == 0) ret = ler(Reg, valor.data());
+  ret = TrataRetorno(ret);
+  if (Reg == numero_byte) {
+    // One byte, not a text (the discount indicator).
+    if (Valor != nullptr) Valor[0] = valor[0];
+    dumpLog("%s%s - fim com ret=%d - Valor=%d\n", quem, trace_version(), ret, static_cast<signed char>(valor[0]));
+  } else {
+    copy_out(Valor, view(valor), valor.size());
+    dumpLog("%s%s - fim com ret=%d - Valor=%s\n", quem, trace_version(), ret, valor.data());
+  }
+  return ret;
+}
+
 }  // namespace orbelan
 
 using namespace orbelan;
@@ -248,21 +266,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4ValAtu(unsigned char Reg, char* Valor) {
-  if (Valor != nullptr) Valor[0] = '\0';
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4ValAtu%s - inicio - Reg=%d\n", Reg);
-  TextoValor valor{};
-  if (ret == 0) ret = Ler_Valor_Atual_Reg_Fiscal(Reg, valor.data());
-  ret = TrataRetorno(ret);
-  if (Reg == 200) {
-    // The discount indicator: one byte, not a text.
-    if (Valor != nullptr) Valor[0] = valor[0];
-    ORB_LOG("E4ValAtu%s - fim com ret=%d - Valor=%d\n", ret, static_cast<signed char>(valor[0]));
-  } else {
-    copy_out(Valor, view(valor), valor.size());
-    ORB_LOG("E4ValAtu%s - fim com ret=%d - Valor=%s\n", ret, valor.data());
-  }
-  return ret;
+  return Le_Valor_Atual("E4ValAtu", Reg, Valor, Ler_Valor_Atual_Reg_Fiscal, 200);
 }
 
 ORBELAN_API unsigned short E4ValRed(unsigned char Reg, char* Valor) {

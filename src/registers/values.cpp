@@ -46,21 +46,65 @@ std::uint8_t categoria_da_lista(int reg) {
   return 4;
 }
 
-// The register a requested number is read from, or -1 when the number is not
-// served by a plain read (sums and computed entries are handled apart).
-int registrador_mapeado(int reg) {
-  if ((reg >= 0 && reg <= 5) || (reg >= 11 && reg <= 14) || (reg >= 16 && reg <= 34) ||
-      (reg >= 36 && reg <= 54) || (reg >= 60 && reg <= 79) || (reg >= 81 && reg <= 94) ||
-      (reg >= 116 && reg <= 131) || reg == 133)
-    return reg;
-  switch (reg) {
-    case 15: return 136;
-    case 80: return 137;
-    case 95: return 80;
-    case 103: return 115;
-    case 104: return 138;
-    default: return -1;
+// The numbers E4ValAtu serves. 100, 101 and 106 are the journal's figures,
+// computed from its details and the reduction count.
+constexpr std::array kLinhasBase = {
+    LinhaLeitura(0, 5), LinhaLeitura(11, 14), LinhaLeitura(16, 34), LinhaLeitura(36, 54), LinhaLeitura(60, 79),
+    LinhaLeitura(81, 94), LinhaLeitura(116, 131), LinhaLeitura(133, 133),
+    LinhaLeitura(15, 15, 136), LinhaLeitura(80, 80, 137), LinhaLeitura(95, 95, 80), LinhaLeitura(103, 103, 115),
+    LinhaLeitura(104, 104, 138),
+    LinhaSoma(7, {{7, 0}, {17, 0}, {114, 0}}),
+    // A printer without register 134 answers 2582 for it: register 8 alone
+    // is then the value.
+    LinhaSoma(8, {{8, 0}, {134, 0}}, FalhaSoma::AceitaAusente),
+    LinhaSoma(9, {{9, 0}, {135, 0}}),
+    LinhaCalculo(100, Calcular_Qtde_MFD_Disponivel),
+    LinhaCalculo(101, Calcular_Percentual_MFD_Utilizada),
+    LinhaCalculo(106, Calcular_Qtde_Reducoes_Restantes),
+    LinhaCalculo(105,
+                 [](char* Valor) -> std::uint16_t {
+                   Ler_Valor_IAT(Valor);
+                   Valor[1] = '\0';
+                   return 0;
+                 }),
+    LinhaCalculo(200,
+                 [](char* Valor) {
+                   std::uint8_t indicador = 0;
+                   const std::uint16_t ret = Ler_Indicador_Desconto(&indicador);
+                   Valor[0] = static_cast<char>(indicador);
+                   return ret;
+                 }),
+};
+
+// Reads one register with `Comando` into a zeroed text and adds its value.
+std::uint16_t soma_parcela(int Comando, const Parcela& p, long long& soma) {
+  std::array<char, 50> texto{};
+  const std::uint16_t ret = Executa_Leitura_Registrador_Geral(Comando, p.reg, texto.data(), p.verifica, texto.size());
+  if (ret == 0) soma += std::atoll(texto.data());
+  return ret;
+}
+
+// Serves one switch line for the requested number `Reg`.
+std::uint16_t serve_linha(const LinhaValor& l, std::uint32_t Reg, std::span<char> valor) {
+  if (l.calculo != nullptr) return l.calculo(valor.data());
+  if (l.n == 1) {
+    const int reg = l.partes[0].reg == kMesmoNumero ? static_cast<int>(Reg) : l.partes[0].reg;
+    return Executa_Leitura_Registrador_Geral(133, reg, valor.data(), l.partes[0].verifica, valor.size());
   }
+  long long soma = 0;
+  std::uint16_t ret = 0;
+  std::size_t lidas = 0;
+  for (; lidas < l.n; ++lidas) {
+    ret = soma_parcela(133, l.partes[lidas], soma);
+    if (ret != 0) break;
+  }
+  const bool escreve = ret == 0 || (l.falha == FalhaSoma::AceitaAusente && ret == kRegistradorNaoEncontrado) ||
+                       (l.falha == FalhaSoma::AceitaParcial && lidas > 0);
+  if (escreve) {
+    Escreve_Soma(soma, valor);
+    ret = 0;
+  }
+  return ret;
 }
 
 }  // namespace
@@ -80,10 +124,8 @@ void Escreve_Soma(long long soma, std::span<char> Valor) {
 std::uint16_t Soma_Registradores(int Comando, std::initializer_list<int> Regs, long long& soma) {
   soma = 0;
   for (int reg : Regs) {
-    std::array<char, 50> texto{};
-    const std::uint16_t ret = Executa_Leitura_Registrador_Geral(Comando, reg, texto.data(), 0, texto.size());
+    const std::uint16_t ret = soma_parcela(Comando, {reg, 0}, soma);
     if (ret != 0) return ret;
-    soma += std::atoll(texto.data());
   }
   return 0;
 }
@@ -131,76 +173,47 @@ std::uint16_t Executa_Leitura_Registrador_Geral(int Comando, int Reg, char* Valo
   return ret;
 }
 
-std::uint16_t Ler_Valor_Atual_Reg_Fiscal(int Reg, char* Valor) {
-  ORB_LOG("Ler_Valor_Atual_Reg_Fiscal%s - inicio - Reg=%d \n", Reg);
+std::uint16_t Ler_Valor_Mapeado(const MapaValores& mapa, int Reg, char* Valor) {
+  dumpLog("%s%s - inicio - Reg=%d \n", mapa.nome, trace_version(), Reg);
   std::array<char, kTamValorRegistrador> valor{};
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
 
   if (ret == 0) {
-    long long soma = 0;
-    switch (Reg) {
-      case 7:
-        ret = Soma_Registradores(133, {7, 17, 114}, soma);
-        if (ret == 0) Escreve_Soma(soma, valor);
-        break;
-      case 8:
-        // A printer without register 134 answers 2582 for it: register 8
-        // alone is then the value.
-        ret = Soma_Registradores(133, {8, 134}, soma);
-        if (ret == 0 || ret == kRegistradorNaoEncontrado) {
-          Escreve_Soma(soma, valor);
-          ret = 0;
-        }
-        break;
-      case 9:
-        ret = Soma_Registradores(133, {9, 135}, soma);
-        if (ret == 0) Escreve_Soma(soma, valor);
-        break;
-      // The journal's figures, computed from its details and the reduction count.
-      case 100:
-        ret = Calcular_Qtde_MFD_Disponivel(valor.data());
-        break;
-      case 101:
-        ret = Calcular_Percentual_MFD_Utilizada(valor.data());
-        break;
-      case 106:
-        ret = Calcular_Qtde_Reducoes_Restantes(valor.data());
-        break;
-      case 105:
-        Ler_Valor_IAT(valor.data());
-        valor[1] = '\0';
-        break;
-      case 200: {
-        std::uint8_t indicador = 0;
-        ret = Ler_Indicador_Desconto(&indicador);
-        valor[0] = static_cast<char>(indicador);
-        break;
-      }
-      default: {
-        const int interno = registrador_mapeado(Reg);
-        if (interno < 0) {
-          ORB_LOG("Ler_Valor_Atual_Reg_Fiscal%s Registrador invalido: %d \n", Reg);
-          ret = kArgumentoInvalido;
-        } else {
-          ret = Executa_Leitura_Registrador_Geral(133, interno, valor.data(), 0, valor.size());
-        }
+    // A negative number is no line's.
+    const auto numero = static_cast<std::uint32_t>(Reg);
+    const LinhaValor* linha = nullptr;
+    for (const LinhaValor& l : mapa.linhas) {
+      if (numero >= l.de && numero <= l.ate) {
+        linha = &l;
         break;
       }
     }
+    if (linha == nullptr) {
+      dumpLog("%s%s Registrador invalido: %d \n", mapa.nome, trace_version(), Reg);
+      ret = kArgumentoInvalido;
+    } else {
+      ret = serve_linha(*linha, numero, valor);
+    }
   }
 
+  const bool um_byte = mapa.numero_byte >= 0 && Reg == mapa.numero_byte;
   if (Valor != nullptr) {
-    if (Reg == 200)
+    if (um_byte)
       Valor[0] = valor[0];
     else
       copy_out(Valor, view(valor), valor.size());
   }
   ret = TrataRetorno(ret);
-  if (Reg == 200)
-    ORB_LOG("Ler_Valor_Atual_Reg_Fiscal%s - fim com ret=%d - Valor=%d \n", ret, static_cast<signed char>(valor[0]));
+  if (um_byte)
+    dumpLog("%s%s - fim com ret=%d - Valor=%d \n", mapa.nome, trace_version(), ret,
+            static_cast<signed char>(valor[0]));
   else
-    ORB_LOG("Ler_Valor_Atual_Reg_Fiscal%s - fim com ret=%d - Valor=%s \n", ret, valor.data());
+    dumpLog("%s%s - fim com ret=%d - Valor=%s \n", mapa.nome, trace_version(), ret, valor.data());
   return ret;
+}
+
+std::uint16_t Ler_Valor_Atual_Reg_Fiscal(int Reg, char* Valor) {
+  return Ler_Valor_Mapeado({"Ler_Valor_Atual_Reg_Fiscal", kLinhasBase, 200}, Reg, Valor);
 }
 
 }  // namespace orbelan

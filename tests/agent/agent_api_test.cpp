@@ -1,0 +1,202 @@
+// The monitoring agent seen through the plug-in double: its start at the
+// session open, the inventory message, the events reported and their groups.
+#include <dlfcn.h>
+
+#include <string>
+#include <vector>
+
+#include "orbelan.h"
+#include "recorder.h"
+#include "support/fixture.h"
+
+using namespace orbtest;
+
+namespace {
+
+const std::string kSecao = "[QuorvelPOS\\ImpressoraFiscal]\n";
+const std::string kTerminal =
+    "OVULTerm=UL01\nOVNomeTerm=CAIXA01\nOVCodSftw=SW1\nOVCodHrdw=HW1\nOVTipHrdw=TH1\nOVCodFbr=FB1\n";
+const std::string kSerie = "|Numero de serie|ZD010203040506070809||";
+const std::string kSemErro = "Nao ocorreu erro na impressora" + kSerie;
+
+// The calls the plug-in received from the `from`-th recorded call on.
+std::vector<std::string> plugin(int from = 0) {
+  std::vector<std::string> out;
+  for (int i = from; i < dbl_count(); ++i)
+    if (const dbl_call* c = dbl_get(i); std::string(c->lib) == "OAPlugin") out.push_back(std::string(c->fn) + c->args);
+  return out;
+}
+
+// A SendInf as the double records it, with the fields of its type.
+std::string send(const std::string& cod, const std::string& tipo, const std::string& compl_) {
+  const std::string campos = tipo == "01" ? "[HW1     ][TH1     ]" : tipo == "02" ? "[SW1     ][        ]"
+                                                                                 : "[        ][        ]";
+  return "SendInf[" + cod + "][" + tipo + "]" + campos + "[FB1     ][0][0][" + compl_ + "]";
+}
+
+bool carregado(const std::string& dbl) {
+  void* h = dlopen(double_path(dbl).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  if (h != nullptr) dlclose(h);
+  return h != nullptr;
+}
+
+class Agent : public Fresh {
+ protected:
+  static void configura(const std::string& ovsetings, const std::string& extra = "") {
+    write_file("quorvel.conf", kSecao + "OVSetings=" + ovsetings + "\n" + kTerminal + extra);
+    vp_answer_identity();
+    stick(133, 0, bytes_with(20, 1, "000000000000000012"));  // reductions made
+    stick(14, 0, bytes_with(13, 9, "7550"));                  // journal 75.50% free
+  }
+  void abre(const std::string& ovsetings = "1111", const std::string& extra = "") {
+    configura(ovsetings, extra);
+    ASSERT_EQ(E4Open(0, 0), 0);
+    inicio = dbl_count();
+  }
+  void TearDown() override { E4Close(); }
+  int inicio = 0;
+};
+
+TEST_F(Agent, OpenRegistersTheTerminalAndSendsTheDayStateAndTheInventory) {
+  abre();
+  EXPECT_EQ(plugin(), (std::vector<std::string>{
+                          "StartInfOV[CAIXA01 ][UL01    ][60]",
+                          send("INFODIA ", "03", " Ainda nao ocorreu Reducao Z de Fechamento de Dia "),
+                          "SendInfGen[INVCAIXA01 UL01    22/11/2026 10:30:0001TH1     |HW1     |FB1     |"
+                          "Numero de Serie|ZD010203040506070809|Versao Aplic|Orbelan 5600|Firmware|V01.05.02|"
+                          "Modelo|MZ-5600 FI|Marca|ZANDOR|Reducoes Z Restantes|2178|"
+                          "Reducao Z|000000000000000012|Percentual MFD|002450|\\xAF|]"}));
+  ASSERT_EQ(E4Close(), 0);
+  EXPECT_EQ(plugin(inicio), std::vector<std::string>{"StopInfOV[0]"});
+  EXPECT_FALSE(carregado("OAPlugin"));
+}
+
+TEST_F(Agent, ErrorsRecoveryAndDuplicates) {
+  abre();
+  E4PutError(2869);
+  E4PutError(2869);  // the same code again is not sent
+  E4PutError(0);     // recovery, under every type
+  E4PutError(2869);
+  E4PutError(0);
+  push(10, 38);  // a printer error: translated, group 1, described with the printer's code
+  EXPECT_EQ(E4RdData(nullptr, nullptr, nullptr, nullptr, nullptr), 2872);
+  EXPECT_EQ(E4infOvitraM("INFODIA ", "01", "dia", "|x"), 0);  // always type 03
+  EXPECT_EQ(plugin(inicio),
+            (std::vector<std::string>{send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro),
+                                      send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro),
+                                      send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro),
+                                      send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro),
+                                      send("2872    ", "03", "Erro retornado pela impressora = 38" + kSerie),
+                                      send("INFODIA ", "03", "dia|x")}));
+  EXPECT_TRUE(logged("informaOV5600 Erro ja informado lastError=2869     szCodInf=2869    "));
+}
+
+TEST_F(Agent, CodesNotReported) {
+  abre("1110");
+  E4PutError(2869);  // group 4, switched off
+  E4PutError(196);   // in no group
+  EXPECT_TRUE(plugin(inicio).empty());
+  EXPECT_TRUE(logged("infOvitra5600 Erro 196 nao listado, nao reportado ao OV"));
+}
+
+TEST_F(Agent, FailedSendIsNotRememberedAndStopsTheRecovery) {
+  abre();
+  dbl_push_result("SendInf", 0);
+  E4PutError(2869);  // fails: sent again next time
+  E4PutError(2869);
+  dbl_push_result("SendInf", 1);
+  dbl_push_result("SendInf", 0);
+  E4PutError(0);  // the second of three sends fails
+  EXPECT_EQ(plugin(inicio).size(), 4u);
+  E4PutError(0);
+  EXPECT_EQ(plugin(inicio).size(), 7u);
+  EXPECT_TRUE(logged("informaOV5600 Erro 0 ao tentar enviar informe ao OV"));
+}
+
+TEST_F(Agent, ConfiguredGroups) {
+  // Group 1 stops at ";", group 2 is unsorted, group 3's last code has no
+  // comma behind it, group 4 has a type and no codes at all.
+  abre("1111",
+       "OVConfGrupo1=03,1001,1002,;1003,\nOVConfGrupo2=01,2002,2001,\nOVConfGrupo3=02,3001,3002\n"
+       "OVConfGrupo4=02\n");
+  for (int code : {1001, 0, 1002, 0, 2001, 0, 2002, 0, 3001, 1003, 3002, 2869}) E4PutError(code);
+  std::vector<std::string> enviados;
+  for (const auto& c : plugin(inicio)) enviados.push_back(c.substr(0, 20));
+  EXPECT_EQ(enviados, (std::vector<std::string>{
+                          "SendInf[1001    ][03", "SendInf[IMPOK   ][03", "SendInf[IMPOK   ][01",
+                          "SendInf[IMPOK   ][02", "SendInf[1002    ][03", "SendInf[IMPOK   ][03",
+                          "SendInf[IMPOK   ][01", "SendInf[IMPOK   ][02", "SendInf[2001    ][01",
+                          "SendInf[IMPOK   ][01", "SendInf[IMPOK   ][02", "SendInf[IMPOK   ][03",
+                          "SendInf[2002    ][01", "SendInf[IMPOK   ][01", "SendInf[IMPOK   ][02",
+                          "SendInf[IMPOK   ][03", "SendInf[3001    ][02"}));
+  for (int code : {1003, 3002, 2869})
+    EXPECT_TRUE(logged("infOvitra5600 Erro " + std::to_string(code) + " nao listado, nao reportado ao OV"));
+}
+
+TEST_F(Agent, DefaultGroupsWhenTheConfiguredOnesAreEmptyOrIncomplete) {
+  for (const std::string grupos : {"OVConfGrupo1=\nOVConfGrupo2=\nOVConfGrupo3=\nOVConfGrupo4=\n",
+                                   "OVConfGrupo1=03,1001,\nOVConfGrupo2=01,\nOVConfGrupo3=02,\n"}) {
+    SCOPED_TRACE(grupos);
+    abre("1111", grupos);
+    E4PutError(2869);
+    EXPECT_EQ(plugin(inicio), std::vector<std::string>{send("2869    ", "02", kSemErro)});
+    E4PutError(0);
+    ASSERT_EQ(E4Close(), 0);
+  }
+}
+
+TEST_F(Agent, FailedReductionIsReported) {
+  abre();
+  push(162, 38);
+  EXPECT_EQ(E4IniCP(5, "0"), 2872);
+  EXPECT_EQ(plugin(inicio).front(), send("2950    ", "02", "Erro ao emitir Reducao Z|Erro Impressora = 38||"));
+}
+
+// The plug-in missing, lacking an entry point or refusing to start: the open
+// fails before the printer is initialised, with the trace switched off, and
+// the plug-in is not kept.
+TEST_F(Agent, PluginThatCannotBeUsedFailsTheOpen) {
+  struct Caso {
+    const char* nome;
+    void (*prepara)();
+    const char* linha;
+  };
+  const Caso casos[] = {
+      // Each case's preparation stays in force for the next ones.
+      {"nao inicia", [] { dbl_set_result("StartInfOV", 0); }, "iniciaOV5600 A biblioteca OV nao foi iniciada ret=0"},
+      {"sem SendInf", [] { redirect_dlopen(kAgentPluginPath, double_path("OAPlugin_semSendInf")); },
+       "LoadlibInfOV5600 Erro funcao SendInf nao encontrada erro="},
+      {"ausente", [] { fail_dlopen(kAgentPluginPath); }, "LoadlibInfOV5600 erro="},
+  };
+  for (const Caso& c : casos) {
+    SCOPED_TRACE(c.nome);
+    write_file("Orbelan.txt", "");
+    configura("1");
+    c.prepara();
+    EXPECT_EQ(E4Open(0, 0), 2900);
+    const auto linhas = log_lines();
+    EXPECT_EQ(linhas.back(), "E4Open5600 Erro 2900");
+    EXPECT_NE(std::find_if(linhas.begin(), linhas.end(), [&](const std::string& l) { return l.starts_with(c.linha); }),
+              linhas.end());
+    for (int i = 0; i < vp_call_count(); ++i) EXPECT_NE(vp_get_call(i)->kind, VP_INICIALIZA);
+    EXPECT_FALSE(carregado("OAPlugin"));
+    EXPECT_FALSE(carregado("OAPlugin_semSendInf"));
+    enable_trace(1);
+  }
+}
+
+// After a close the first result is not reported: when the next open fails on
+// its second query, only that failure reaches the agent, not a recovery.
+TEST_F(Agent, FirstResultAfterCloseIsNotReported) {
+  abre();
+  E4PutError(2869);
+  ASSERT_EQ(E4Close(), 0);
+  push(86, 38);
+  const int antes = dbl_count();
+  EXPECT_EQ(E4Open(0, 0), 2872);
+  EXPECT_EQ(plugin(antes), (std::vector<std::string>{"StartInfOV[CAIXA01 ][UL01    ][60]",
+                                                     send("2872    ", "03", "Erro retornado pela impressora = 38" + kSerie),
+                                                     "StopInfOV[0]"}));
+}
+
+}  // namespace
