@@ -2,23 +2,18 @@
 #include <algorithm>
 #include <cstring>
 
+#include "fuzz.h"
+#include "model/model.h"
 #include "printer.h"
 
 namespace vprinter {
-namespace {
 
-// The printer model: one handler per command. Empty until the fiscal state
-// model is added; every command not scripted then answers an empty success.
-constexpr HandlerEntry kHandlers[] = {
-    {0, nullptr},
-};
-
-}  // namespace
-
+// The printer model answers the commands it has a handler for (the handler
+// tables of model/*.cpp), when it is switched on; every other command not
+// scripted answers an empty success.
 Handler find_handler(int cmd) {
-  for (const auto& h : kHandlers)
-    if (h.cmd == cmd && h.handle != nullptr) return h.handle;
-  return nullptr;
+  if (!model::enabled() || model::lookup(cmd) == nullptr) return nullptr;
+  return &model::dispatch;
 }
 
 }  // namespace vprinter
@@ -46,10 +41,11 @@ __attribute__((visibility("default"))) int FC_Operacao(int cmd, int flag, int mo
                                                        unsigned char* outbuf) {
   const vp_call& call = vprinter::record(VP_OPERACAO, cmd, flag, mode, inlen, inbuf);
   vprinter::Reply reply;
-  if (!vprinter::take_scripted(cmd, reply)) {
+  if (!vprinter::take_fuzzed(outbuf, reply) && !vprinter::take_scripted(cmd, reply)) {
     if (auto handler = vprinter::find_handler(cmd); handler == nullptr || !handler(call, reply))
       reply = vprinter::Reply{};
   }
+  vprinter::transcribe(reply);
   if (aux != nullptr) *aux = 0;
   if (outbuf != nullptr && !reply.data.empty())
     std::memcpy(outbuf, reply.data.data(), reply.data.size());

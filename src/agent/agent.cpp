@@ -12,6 +12,7 @@
 
 #include "frame/dumplog.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -425,6 +426,7 @@ extern "C" {
 
 ORBELAN_API unsigned short E4infOvitraM(const char* codInf, const char* tipoInf, const char* descr,
                                         const char* extra) {
+  ORB_LOCK();
   ORB_LOG("E4infOvitraM%s - inicio \n");
   if (flagIniciaOV != 0) informaOV(codInf, tipoInf, descr, extra);
   ORB_LOG("E4infOvitraM%s - fim com ret=%d \n", 0);

@@ -13,8 +13,10 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
+#include "frame/sums.h"
 #include "frame/text.h"
 #include "orbelan.h"
 #include "state/increases.h"
@@ -97,7 +99,7 @@ std::uint16_t ajuste_no_subtotal(const int (&comandos)[3], std::uint8_t opc, con
 // a decimal point ("1250" -> "12.50"). A subtotal that did not grow leaves the
 // caller's text as it was.
 void escreve_montante(char* valor, float antes, float depois) {
-  const auto diferenca = static_cast<std::int64_t>(depois - antes);
+  const std::int64_t diferenca = inteiro_limitado(depois - antes);
   std::array<char, 11> digitos{};
   if (diferenca > 0 && diferenca <= UINT32_MAX) LongtoAsk(static_cast<std::uint32_t>(diferenca), digitos, 10);
   std::array<char, kTamValorAcrescimo> montante{};
@@ -205,6 +207,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4CanIt(unsigned char RP, unsigned short SeqItem) {
+  ORB_LOCK();
   (void)RP;  // accepted for the interface's sake; the printer knows the item's register
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4CanIt%s - inicio - SeqItem=%d \n", SeqItem);
@@ -223,6 +226,7 @@ ORBELAN_API unsigned short E4CanIt(unsigned char RP, unsigned short SeqItem) {
 
 ORBELAN_API unsigned short E4DesIt(unsigned char Opc, unsigned char RP, unsigned short SeqItem, const char* Valor,
                                    const char* Descricao) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4DesIt%s - inicio - Opc=%d RP=%d SeqItem=%d Valor=%s Descricao=%s\n", Opc, RP, SeqItem, txt(Valor),
           txt(Descricao));
@@ -234,6 +238,7 @@ ORBELAN_API unsigned short E4DesIt(unsigned char Opc, unsigned char RP, unsigned
 
 ORBELAN_API unsigned short E4AcrIt(unsigned char Opc, unsigned char RP, unsigned short SeqItem, char* Valor,
                                    const char* Descricao) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4AcrIt%s - inicio - Opc=%d RP=%d SeqItem=%d Valor=%s Descricao=%s\n", Opc, RP, SeqItem, txt(Valor),
           txt(Descricao));
@@ -265,6 +270,7 @@ ORBELAN_API unsigned short E4AcrIt(unsigned char Opc, unsigned char RP, unsigned
 }
 
 ORBELAN_API unsigned short E4DesCup(unsigned char Opc, const char* Valor) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4DesCup%s - inicio - Opc=%d - Valor=%s \n", Opc, txt(Valor));
   if (ret == 0) ret = ajuste_no_subtotal({147, 149, 148}, Opc, Valor);
@@ -274,6 +280,7 @@ ORBELAN_API unsigned short E4DesCup(unsigned char Opc, const char* Valor) {
 }
 
 ORBELAN_API unsigned short E4AcrCup(unsigned char Opc, const char* Valor) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4AcrCup%s - inicio - Opc=%d - Valor=%s \n", Opc, txt(Valor));
   if (ret == 0) ret = ajuste_no_subtotal({150, 152, 151}, Opc, Valor);

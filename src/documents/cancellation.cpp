@@ -17,6 +17,7 @@
 #include "frame/dumplog.h"
 #include "frame/file.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -247,6 +248,14 @@ std::uint16_t analisaEstorno(const char* nCooCCDCanc, std::uint32_t* iQtdeCCD, c
       while (pos >= 1) {
         int c = EOF;
         if (std::fseek(pgt.get(), pos, SEEK_SET) == 0) c = std::fgetc(pgt.get());
+        // A byte within the file's size that cannot be read means this is no
+        // file of records (a directory in its place reports a size of 2^63):
+        // it is as unusable as one that cannot be opened, and is not walked
+        // back byte by byte.
+        if (c == EOF) {
+          ret = kArquivoNaoAbre;
+          break;
+        }
         if (c == 'C') break;
         if (c == '\n') {
           ++pos;
@@ -254,15 +263,17 @@ std::uint16_t analisaEstorno(const char* nCooCCDCanc, std::uint32_t* iQtdeCCD, c
         }
         --pos;
       }
-      if (pos < 0) pos = 0;
-      std::array<char, 10> registro{};
-      if (std::fseek(pgt.get(), pos, SEEK_SET) == 0) std::fread(registro.data(), 1, 9, pgt.get());
-      std::memcpy(tipo.data(), registro.data(), 3);
-      std::array<char, 7> coo_cupom{};
-      std::memcpy(coo_cupom.data(), registro.data() + 3, 6);
-      if (std::atol(coo_atual) - std::atol(coo_cupom.data()) == static_cast<long>(qtde)) emitido = 1;
-      if (sTipoDoc != nullptr) std::memcpy(sTipoDoc, tipo.data(), tipo.size());
-      if (iStDocEmitido != nullptr) *iStDocEmitido = emitido;
+      if (ret == 0) {
+        if (pos < 0) pos = 0;
+        std::array<char, 10> registro{};
+        if (std::fseek(pgt.get(), pos, SEEK_SET) == 0) std::fread(registro.data(), 1, 9, pgt.get());
+        std::memcpy(tipo.data(), registro.data(), 3);
+        std::array<char, 7> coo_cupom{};
+        std::memcpy(coo_cupom.data(), registro.data() + 3, 6);
+        if (std::atol(coo_atual) - std::atol(coo_cupom.data()) == static_cast<long>(qtde)) emitido = 1;
+        if (sTipoDoc != nullptr) std::memcpy(sTipoDoc, tipo.data(), tipo.size());
+        if (iStDocEmitido != nullptr) *iStDocEmitido = emitido;
+      }
     }
   }
 
@@ -308,8 +319,12 @@ std::uint16_t Cancelamento_Exportado(const char* nome, const char* brancos, std:
 
 using namespace orbelan;
 
-extern "C" ORBELAN_API unsigned short E4CanCup(void) { return Cancelamento_Exportado("E4CanCup", " ", 0, 0, 1, 1); }
+extern "C" ORBELAN_API unsigned short E4CanCup(void) {
+  ORB_LOCK();
+  return Cancelamento_Exportado("E4CanCup", " ", 0, 0, 1, 1);
+}
 
 extern "C" ORBELAN_API unsigned short E4CanCupEsp(void) {
+  ORB_LOCK();
   return Cancelamento_Exportado("E4CanCupEsp", " ", 1, 0, 1, 1);
 }

@@ -15,6 +15,7 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -222,11 +223,13 @@ std::uint16_t Fechamento_Exportado(const char* nome, const char* Prox, std::int3
 using namespace orbelan;
 
 extern "C" ORBELAN_API unsigned short E4FimCP(int first, const char* Prox) {
+  ORB_LOCK();
   (void)first;  // kept in the interface, never used
   return Fechamento_Exportado("E4FimCP", Prox, 0, Finalizar);
 }
 
 extern "C" ORBELAN_API unsigned short E4FimCup(void) {
+  ORB_LOCK();
   ORB_LOG("E4FimCup%s - inicio \n");
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : E4FimCP(0, nullptr);
   ret = TrataRetorno(ret);
@@ -235,6 +238,7 @@ extern "C" ORBELAN_API unsigned short E4FimCup(void) {
 }
 
 extern "C" ORBELAN_API unsigned short E4CorteImp(int Corte) {
+  ORB_LOCK();
   ORB_LOG("E4CorteImp%s - inicio - Corte=%d\n", Corte);
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   if (ret == 0) FLAGCORTE = Corte == 1 ? 1 : 0;
@@ -244,6 +248,7 @@ extern "C" ORBELAN_API unsigned short E4CorteImp(int Corte) {
 }
 
 extern "C" ORBELAN_API unsigned short E4AvancaPapel(unsigned char Estado, int qtdeAvanco) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4AvancaPapel%s - inicio - Estado=%d qtdeAvanco=%d\n", Estado, qtdeAvanco);
   if (ret == 0 && Estado == 0) ret = avanca_linhas(qtdeAvanco);
@@ -253,6 +258,7 @@ extern "C" ORBELAN_API unsigned short E4AvancaPapel(unsigned char Estado, int qt
 }
 
 extern "C" ORBELAN_API unsigned short E4CortaPapel(void) {
+  ORB_LOCK();
   if (OPENOK == 0) return kNaoAberto;
   if (FLAGCORTE == 1) return kCorteAutomatico;
   ORB_LOG("E4CortaPapel%s - inicio \n");

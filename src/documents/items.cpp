@@ -10,6 +10,7 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -165,6 +166,7 @@ extern "C" {
 ORBELAN_API unsigned short E4IteCFEsp2(unsigned char RP, const char* Codigo, const char* Descricao,
                                        const char* Quantidade, const char* Valor, const char* Unidade,
                                        unsigned char IAT) {
+  ORB_LOCK();
   const char iat = IAT != 0 ? 'T' : 'A';
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4IteCFEsp2%s - inicio - RP=%d Codigo=%s Descricao=%s Quantidade=%s, Valor=%s, Unidade=%s, IAT=%c \n",
@@ -177,6 +179,7 @@ ORBELAN_API unsigned short E4IteCFEsp2(unsigned char RP, const char* Codigo, con
 
 ORBELAN_API unsigned short E4IteCFEsp(unsigned char RP, const char* Codigo, const char* Descricao,
                                       const char* Quantidade, const char* Valor, const char* Unidade) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4IteCFEsp%s - inicio - RP=%d Codigo=%s Descricao=%s Quantidade=%s, Valor=%s, Unidade=%s \n", RP,
           txt(Codigo), txt(Descricao), txt(Quantidade), txt(Valor), txt(Unidade));
@@ -192,6 +195,7 @@ ORBELAN_API unsigned short E4IteCFEsp(unsigned char RP, const char* Codigo, cons
 
 ORBELAN_API unsigned short E4IteCF(unsigned char RP, const char* Codigo, const char* Descricao,
                                    const char* Quantidade, const char* Valor) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4IteCF%s - inicio - RP=%d Codigo=%s Descricao=%s Quantidade=%s, Valor=%s\n", RP, txt(Codigo),
           txt(Descricao), txt(Quantidade), txt(Valor));
@@ -203,6 +207,7 @@ ORBELAN_API unsigned short E4IteCF(unsigned char RP, const char* Codigo, const c
 
 // Works with or without a session: it only chooses the layout of later sales.
 ORBELAN_API unsigned short E4ImpItem(int mode) {
+  ORB_LOCK();
   if (mode != 0 && mode != 1) return 2561;
   ImpressaoUmaLinha = mode;
   return 0;

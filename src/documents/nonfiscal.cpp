@@ -9,6 +9,7 @@
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -81,6 +82,7 @@ using namespace orbelan;
 
 extern "C" ORBELAN_API unsigned short E4OpeCNF(unsigned char Reg, const char* Sinal, const char* Descricao,
                                                const char* Valor) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4OpeCNF%s - inicio - Reg=%d Sinal=%s Descricao=%s Valor=%s\n", Reg, mostra(Sinal), mostra(Descricao),
           mostra(Valor));

@@ -14,6 +14,7 @@
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -203,11 +204,13 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4IniCP(unsigned char Opc, const char* Param) {
+  ORB_LOCK();
   static constexpr VarianteAbertura kBase{"E4IniCP", true, nullptr};
   return Inicia_Documento(kBase, Opc, Param);
 }
 
 ORBELAN_API unsigned short E4IniCup(unsigned char Opc) {
+  ORB_LOCK();
   ORB_LOG("E4IniCup%s - inicio - Opc=%d \n", Opc);
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : E4IniCP(Opc, "");
   ret = TrataRetorno(ret);
@@ -216,6 +219,7 @@ ORBELAN_API unsigned short E4IniCup(unsigned char Opc) {
 }
 
 ORBELAN_API unsigned short E4Cons(const char* Nome, const char* Numero, const char* Endereco) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4Cons%s - inicio - Nome=%s Numero=%s Endereco=%s\n", txt(Nome), txt(Numero), txt(Endereco));
   if (ret == 0) {

@@ -12,8 +12,10 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
+#include "frame/sums.h"
 #include "frame/text.h"
 #include "orbelan.h"
 #include "registers/values.h"
@@ -166,13 +168,13 @@ std::uint16_t CalculaTotalRecebido(char* out) {
     in.seq();
     Reply<200> r;
     ret = executa(38, 1, in, r);
-    long soma = 0;
+    long long soma = 0;
     for (std::int32_t i = 0; ret == 0 && i < r.len; ++i) {
       const std::uint8_t reg = r[static_cast<std::size_t>(i)];
       if (!registrador_de_pagamento(reg)) continue;
       std::array<char, 50> valor{};
       ret = Executa_Leitura_Registrador_Geral(134, reg, valor.data(), 0, valor.size());
-      if (ret == 0) soma += std::atol(valor.data());
+      if (ret == 0) soma = soma_limitada(soma, valor_texto(valor.data()));
     }
     if (ret == 0) {
       std::array<char, 12> digitos{};
@@ -214,11 +216,13 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4RegPag(unsigned char RP, const char* Valor) {
+  ORB_LOCK();
   ORB_LOG("E4RegPag%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
   return Registra_Pagamento({"E4RegPag", "E4RegPag"}, OPENOK == 0 ? kNaoAberto : 0, RP, Valor, "");
 }
 
 ORBELAN_API unsigned short E4RegPagEsp(unsigned char RP, const char* Valor, const char* Mensagem) {
+  ORB_LOCK();
   ORB_LOG("E4RegPagEsp%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
   // The refusal line names the function without "Esp".
   return Registra_Pagamento({"E4RegPag", "E4RegPagEsp"}, OPENOK == 0 ? kNaoAberto : 0, RP, Valor, Mensagem);

@@ -15,6 +15,7 @@
 #include "frame/dumplog.h"
 #include "frame/identity.h"
 #include "frame/lines.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -81,6 +82,7 @@ std::uint16_t Finaliza_Relatorio_Gerencial(std::int32_t qtdeAvanco, char CortaPa
 using namespace orbelan;
 
 extern "C" ORBELAN_API unsigned short E4Print(const char* strLinha) {
+  ORB_LOCK();
   ORB_LOG("E4Print%s - inicio  \n");
   // A closed session and an empty line are reported alike.
   std::uint16_t ret = OPENOK == 0 || in_text(strLinha).empty() ? kArgumentoInvalido : 0;
@@ -100,6 +102,7 @@ extern "C" ORBELAN_API unsigned short E4Print(const char* strLinha) {
 }
 
 extern "C" ORBELAN_API unsigned short E4ImpVinc(const char* path, const char* QtdeLinhas) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4ImpVinc%s - inicio QtdeLinhas=%s\n", mostra(QtdeLinhas));
   const long linhas = std::atol(mostra(QtdeLinhas));
@@ -128,6 +131,7 @@ extern "C" ORBELAN_API unsigned short E4ImpVinc(const char* path, const char* Qt
 }
 
 extern "C" ORBELAN_API unsigned short E4FimDoc(void) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4FimDoc%s - inicio  \n");
   if (ret == 0) {
@@ -141,6 +145,7 @@ extern "C" ORBELAN_API unsigned short E4FimDoc(void) {
 }
 
 extern "C" ORBELAN_API unsigned short E4ProgOp(const char* nome) {
+  ORB_LOCK();
   ORB_LOG("E4ProgOp%s - inicio  \n");
   std::uint16_t ret = Incluir_Operador(mostra(nome));
   ret = TrataRetorno(ret);
@@ -149,6 +154,7 @@ extern "C" ORBELAN_API unsigned short E4ProgOp(const char* nome) {
 }
 
 extern "C" ORBELAN_API unsigned short E4ConImp(char Dispositivo, int Margem, int EspVertical) {
+  ORB_LOCK();
   // Accepted for compatibility: nothing is sent or stored.
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4ConImp%s - inicio - Dispositivo=%c Margem=%d EspVertical=%d\n", Dispositivo, Margem, EspVertical);
@@ -158,6 +164,7 @@ extern "C" ORBELAN_API unsigned short E4ConImp(char Dispositivo, int Margem, int
 }
 
 extern "C" ORBELAN_API unsigned short E4ExpDoc(void) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4ExpDoc%s - inicio \n");
   if (ret == 0) {

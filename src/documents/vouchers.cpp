@@ -10,6 +10,7 @@
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -159,6 +160,7 @@ std::uint16_t ImpSegundaViaCCD() {
 using namespace orbelan;
 
 extern "C" ORBELAN_API unsigned short E4CancelaCCDEsp(const char* nCoo) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4CancelaCCDEsp%s - inicio - nCoo:%s\n", mostra(nCoo));
   if (ret == 0) ret = CancelaCupomCCD(nCoo, 0, 1);
@@ -168,6 +170,7 @@ extern "C" ORBELAN_API unsigned short E4CancelaCCDEsp(const char* nCoo) {
 }
 
 extern "C" ORBELAN_API unsigned short E4CancelaCCD(const char* nrCoo) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4CancelaCCD%s - inicio - nrCoo:%s\n", mostra(nrCoo));
   if (ret == 0) ret = E4CancelaCCDEsp(nrCoo);

@@ -44,6 +44,8 @@ void* driver() { return driver_carregado ? handle_global : nullptr; }
 
 }  // namespace
 
+bool Driver_Carregado() { return driver_carregado; }
+
 void* procura_simbolo(void* lib, const char* name) {
   dlerror();
   void* sym = dlsym(lib, name);

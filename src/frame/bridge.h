@@ -23,6 +23,9 @@ void FreeMemLibrary(void* handle);
 // Releases the optional plug-ins after a failed session open.
 void CloseLibrary();
 
+// Whether the driver library is loaded now (handle_global may outlive it).
+bool Driver_Carregado();
+
 // Looks `name` up in `lib`; nullptr when the loader reports an error.
 void* procura_simbolo(void* lib, const char* name);
 

@@ -6,6 +6,9 @@
 // oldest lines in place (a ring); the file is never truncated.
 #include "frame/dumplog.h"
 
+#include <unistd.h>
+
+#include <array>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -41,9 +44,16 @@ std::int32_t to_int32(long v) {
   return static_cast<std::int32_t>(v);
 }
 
-// Opens the log for one line and positions it (ring included). Returns an
-// empty File when the line is to be dropped.
-File abre_para_linha() {
+// Opens the log for one line and positions it (ring included); `inicio` gets
+// the offset the line starts at (-1 if unknown). Returns an empty File when
+// the line is to be dropped.
+//
+// The stream is unbuffered and each line leaves in one write from a buffer of
+// the writer's own. A buffered stream opened for update would first ask for
+// the file's block size and, on every seek, read the block around the new
+// position: two system calls per line that the log never uses.
+File abre_para_linha(long& inicio) {
+  inicio = -1;
   if (flgLog == 0) return {};
   File f(NomeArq, "r+");
   if (!f) {
@@ -53,18 +63,43 @@ File abre_para_linha() {
     if (!f) return {};
   }
   if (TamLog == 0) return {};
-  if (fCircular != 0)
-    std::fseek(f.get(), posicao, SEEK_SET);
-  else
-    std::fseek(f.get(), 0, SEEK_END);
+  std::setvbuf(f.get(), nullptr, _IONBF, 0);
+  // Positioned on the descriptor before the stream is used, so the end of the
+  // file is found without asking for its size first.
+  const int fd = fileno(f.get());
+  inicio = fCircular != 0 ? ::lseek(fd, posicao, SEEK_SET) : ::lseek(fd, 0, SEEK_END);
   if (posicao > TamLog) {
     fCircular = 1;
-    std::fseek(f.get(), 0, SEEK_SET);
+    inicio = ::lseek(fd, 0, SEEK_SET);
   }
   return f;
 }
 
-void guarda_posicao(const File& f) { posicao = to_int32(std::ftell(f.get())); }
+// The position behind a line of `escritos` bytes written from `inicio`.
+void guarda_posicao(const File& f, long inicio, std::size_t escritos) {
+  posicao = inicio >= 0 ? to_int32(inicio + static_cast<long>(escritos)) : to_int32(std::ftell(f.get()));
+}
+
+// The time stamp of a line. Formatted once per second: lines written within
+// the same second share it.
+std::size_t carimbo(char* out, std::size_t room) {
+  static std::time_t ultimo = -1;
+  static char texto[51];
+  static std::size_t tamanho = 0;
+  const std::time_t now = std::time(nullptr);
+  if (now != ultimo || tamanho == 0) {
+    std::tm local{};
+    localtime_r(&now, &local);
+    tamanho = std::strftime(texto, sizeof texto, "%d/%m/%y %H:%M:%S - ", &local);
+    ultimo = now;
+  }
+  const std::size_t n = tamanho < room ? tamanho : room;
+  std::memcpy(out, texto, n);
+  return n;
+}
+
+// Longest line formatted in one piece; a longer one is written in two.
+constexpr std::size_t kLinhaMax = 2048;
 
 }  // namespace
 
@@ -134,30 +169,60 @@ void closeLog() {
 }
 
 void dumpLog(const char* format, ...) {
-  File f = abre_para_linha();
+  long inicio = -1;
+  File f = abre_para_linha(inicio);
   if (!f) return;
-  char stamp[51];
-  const std::time_t now = std::time(nullptr);
-  std::tm local{};
-  localtime_r(&now, &local);
-  const std::size_t n = std::strftime(stamp, sizeof stamp, "%d/%m/%y %H:%M:%S - ", &local);
-  std::fwrite(stamp, 1, n, f.get());
-  if (format != nullptr) {
+  std::array<char, kLinhaMax> linha;
+  const std::size_t n = carimbo(linha.data(), linha.size());
+  std::size_t escritos = 0;
+  if (format == nullptr) {
+    escritos = std::fwrite(linha.data(), 1, n, f.get());
+  } else {
     va_list args;
     va_start(args, format);
-    std::vfprintf(f.get(), format, args);
+    va_list resto;
+    va_copy(resto, args);
+    const int k = std::vsnprintf(linha.data() + n, linha.size() - n, format, args);
+    if (k >= 0 && static_cast<std::size_t>(k) < linha.size() - n) {
+      escritos = std::fwrite(linha.data(), 1, n + static_cast<std::size_t>(k), f.get());
+    } else {
+      // Too long for the line buffer: the stamp, then the text formatted
+      // straight into the file.
+      escritos = std::fwrite(linha.data(), 1, n, f.get());
+      const int t = std::vfprintf(f.get(), format, resto);
+      if (t > 0) escritos += static_cast<std::size_t>(t);
+    }
+    va_end(resto);
     va_end(args);
   }
-  guarda_posicao(f);
+  guarda_posicao(f, inicio, escritos);
 }
 
 void dumpBytes(const void* bytes, int count) {
-  File f = abre_para_linha();
+  long inicio = -1;
+  File f = abre_para_linha(inicio);
   if (!f) return;
+  static constexpr char kHex[] = "0123456789abcdef";
   const auto* p = static_cast<const unsigned char*>(bytes);
-  for (int i = 0; p != nullptr && i < count; ++i) std::fprintf(f.get(), " %02x", p[i]);
-  std::fputc('\n', f.get());
-  guarda_posicao(f);
+  std::array<char, kLinhaMax> linha;
+  std::size_t n = 0;
+  std::size_t escritos = 0;
+  for (int i = 0; p != nullptr && i < count; ++i) {
+    if (n + 3 > linha.size()) {
+      escritos += std::fwrite(linha.data(), 1, n, f.get());
+      n = 0;
+    }
+    linha[n++] = ' ';
+    linha[n++] = kHex[p[i] >> 4];
+    linha[n++] = kHex[p[i] & 0x0F];
+  }
+  if (n + 1 > linha.size()) {
+    escritos += std::fwrite(linha.data(), 1, n, f.get());
+    n = 0;
+  }
+  linha[n++] = '\n';
+  escritos += std::fwrite(linha.data(), 1, n, f.get());
+  guarda_posicao(f, inicio, escritos);
 }
 
 void AbreArquivoLog() {

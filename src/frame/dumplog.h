@@ -36,8 +36,12 @@ inline const char* trace_version() { return TraceVer != nullptr ? TraceVer : "";
 
 // Writes one trace line. The version text follows the function name glued to
 // the first "%s" of every format, so callers pass only the remaining fields.
-#define ORB_LOG(format, ...) \
-  ::orbelan::dumpLog(format, ::orbelan::trace_version() __VA_OPT__(, ) __VA_ARGS__)
+// With the trace off the fields are not even worked out.
+#define ORB_LOG(format, ...)                                                                  \
+  do {                                                                                        \
+    if (::orbelan::flgLog != 0)                                                               \
+      ::orbelan::dumpLog(format, ::orbelan::trace_version() __VA_OPT__(, ) __VA_ARGS__);      \
+  } while (0)
 // A detail line written only at trace level 1.
 #define ORB_LOG1(format, ...)                                  \
   do {                                                         \

@@ -8,6 +8,7 @@
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -245,6 +246,7 @@ extern "C" {
 
 ORBELAN_API unsigned short E4InfECF(char* Serie, char* CGC, char* IE, char* IM, char* Cliche, char* Firm,
                                     char* Seq, unsigned char* Modelo) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4InfECF%s - inicio \n");
   if (ret == 0) {
@@ -276,6 +278,7 @@ ORBELAN_API unsigned short E4InfECF(char* Serie, char* CGC, char* IE, char* IM, 
 }
 
 ORBELAN_API unsigned short E4InfEspECF(int Opc, char* Retorno) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4InfEspECF%s - inicio - Opc=%d\n", Opc);
   if (ret == 0) {

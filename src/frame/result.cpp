@@ -7,6 +7,7 @@
 #include "agent/agent.h"
 #include "frame/command.h"
 #include "frame/dumplog.h"
+#include "frame/lock.h"
 #include "frame/session.h"
 #include "frame/text.h"
 #include "orbelan.h"
@@ -79,6 +80,7 @@ bool codigo_da_impressora(std::int32_t code) {
 }  // namespace
 
 std::uint16_t traduz_codigo(std::int32_t code) {
+  if (code == 0) return 0;  // success, by far the most frequent, stands in no range
   const auto* it = std::upper_bound(std::begin(kTabela), std::end(kTabela), code,
                                     [](std::int32_t c, const Traducao& t) { return c < t.de; });
   if (it != std::begin(kTabela) && code <= (it - 1)->ate) return (it - 1)->para;
@@ -107,6 +109,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4GetError(unsigned int* err) {
+  ORB_LOCK();
   if (err != nullptr) *err = 0;
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4GetError%s - inicio  \n");
@@ -124,6 +127,7 @@ ORBELAN_API unsigned short E4GetError(unsigned int* err) {
 }
 
 ORBELAN_API unsigned short E4PutError(int code) {
+  ORB_LOCK();
   infOvitra(code);
   return 0;
 }

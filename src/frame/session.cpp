@@ -12,6 +12,7 @@
 #include "frame/dumplog.h"
 #include "frame/identity.h"
 #include "frame/lines.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/text.h"
 #include "orbelan.h"
@@ -101,6 +102,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
+  ORB_LOCK();
   ORB_LOG("E4Open%s - inicio \n");
   int ret = 0;
   if (OPENOK == 1) {
@@ -108,7 +110,10 @@ ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
     ORB_LOG("E4Open%s - Erro ja iniciado\n");
     ret = 2868;
   }
-  if (ret == 0) ret = CarregaLib();
+  // A close that failed has unloaded the driver all the same and left the
+  // session marked open; without loading it again here the session could
+  // never be started again in this process.
+  if (ret == 0 || !Driver_Carregado()) ret = CarregaLib();
 
   // Deliberately replaces the result so far: an open session or a missing
   // driver is forgotten here and the opening goes on (a missing driver then
@@ -190,6 +195,7 @@ ORBELAN_API unsigned short E4Open(unsigned char /*a*/, unsigned char /*b*/) {
 }
 
 ORBELAN_API unsigned short E4OpenEsp(unsigned char* pa, unsigned char b) {
+  ORB_LOCK();
   ORB_LOG("E4OpenEsp%s - inicio \n");
   const std::uint16_t ret = TrataRetorno(static_cast<std::uint16_t>(E4Open(pa != nullptr ? *pa : 0, b)));
   ORB_LOG("E4OpenEsp%s - fim com ret=%d \n", ret);
@@ -197,6 +203,7 @@ ORBELAN_API unsigned short E4OpenEsp(unsigned char* pa, unsigned char b) {
 }
 
 ORBELAN_API unsigned short E4Close(void) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4Close%s - inicio \n");
   if (ret == 0) ret = static_cast<std::uint16_t>(Executa_FC_Finaliza() & 0xFFFF);

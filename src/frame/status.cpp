@@ -5,6 +5,7 @@
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -79,6 +80,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4Status(char* Status) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4Status%s - inicio \n");
   std::array<char, 15> status{"00000000000000"};
@@ -113,6 +115,7 @@ ORBELAN_API unsigned short E4Status(char* Status) {
 }
 
 ORBELAN_API unsigned short E4StaECF(unsigned char* Opc, unsigned char* Resposta) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4StaECF%s - inicio \n");
   if (ret == 0) {
@@ -146,6 +149,7 @@ ORBELAN_API unsigned short E4StaECF(unsigned char* Opc, unsigned char* Resposta)
 
 ORBELAN_API unsigned short E4RdData(char* Data, char* Hora, unsigned char* Verao, char* Movimento,
                                     unsigned char* Reducao) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4RdData%s - inicio \n");
   if (ret == 0) {
@@ -172,6 +176,7 @@ ORBELAN_API unsigned short E4RdData(char* Data, char* Hora, unsigned char* Verao
 }
 
 ORBELAN_API unsigned short E4Verao(unsigned char Opc) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4Verao%s - inicio - Opc=%d \n", Opc);
   if (ret == 0) {

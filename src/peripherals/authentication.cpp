@@ -12,6 +12,7 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -133,6 +134,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4Aut(char* Texto) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4Aut%s - inicio  \n");
   TextoAut texto{Texto};
@@ -150,6 +152,7 @@ ORBELAN_API unsigned short E4Aut(char* Texto) {
 }
 
 ORBELAN_API unsigned short E4AutEsp(char* Texto, int Tipo) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4AutEsp%s - inicio  \n");
   TextoAut texto{Texto};

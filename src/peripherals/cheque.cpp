@@ -12,6 +12,7 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -199,6 +200,7 @@ extern "C" {
 
 ORBELAN_API unsigned short E4ImpChq(unsigned short Banco, const char* Nome, const char* Cidade, const char* Data,
                                     const char* Valor, const char* LinAdic1, const char* LinAdic2) {
+  ORB_LOCK();
   auto t = [](const char* s) { return s != nullptr ? s : ""; };
   ORB_LOG("E4ImpChq%s Banco=%d Nome=%s Cidade=%s Data=%s Valor=%s LinAdic1=%s LinAdic2=%s\n", Banco, t(Nome),
           t(Cidade), t(Data), t(Valor), t(LinAdic1), t(LinAdic2));

@@ -9,6 +9,7 @@
 #include "frame/command.h"
 #include "frame/dumplog.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "orbelan.h"
@@ -74,6 +75,7 @@ extern "C" {
 // Valor receives at most 256 bytes from the printer (255 and a NUL) and at most
 // 37 from the reader library, which adds no terminator.
 ORBELAN_API unsigned short E4LeCMC7(char* Valor) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   if (Valor != nullptr) Valor[0] = '\0';
   ORB_LOG("E4LeCMC7%s - inicio  \n");

@@ -5,6 +5,7 @@
 
 #include "frame/command.h"
 #include "frame/dumplog.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -23,6 +24,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4OpenGv(void) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4OpenGv%s - inicio \n");
   if (ret == 0) {
@@ -37,6 +39,7 @@ ORBELAN_API unsigned short E4OpenGv(void) {
 }
 
 ORBELAN_API unsigned short E4StatGv(unsigned char* Status) {
+  ORB_LOCK();
   if (Status != nullptr) *Status = 0;
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4StatGv%s - inicio \n");
@@ -54,6 +57,7 @@ ORBELAN_API unsigned short E4StatGv(unsigned char* Status) {
 }
 
 ORBELAN_API unsigned short E4ImpCodB(int Tipo, int PosicaoHRI, int Altura, int Fonte, const char* CodBarra) {
+  ORB_LOCK();
   // Looked at one character beyond the longest accepted code, so that a longer
   // one is recognised without reading the caller's text any further.
   const std::string_view codigo = in_text(CodBarra, kMaxCodBarra + 1);

@@ -14,8 +14,10 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/file.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
+#include "frame/sums.h"
 #include "frame/text.h"
 #include "orbelan.h"
 #include "registers/dates.h"
@@ -62,6 +64,9 @@ std::uint16_t anexa_pacote(const char* arquivo, const Pacote& r) {
   }
   File f(arquivo, "a+");
   if (!f) return kErroArquivo;
+  // One write of the whole packet; a stream buffer would only add a query of
+  // the file's block size to every packet.
+  std::setvbuf(f.get(), nullptr, _IONBF, 0);
   std::fputs(dados.data(), f.get());
   return 0;
 }
@@ -210,10 +215,13 @@ std::uint16_t Calcular_Qtde_MFD_Disponivel(char* Valor) {
   const std::uint16_t ret = Ler_Detalhes_MFD(tamanho.data(), livre.data());
   if (ret == 0) {
     // Single precision, as the printer's own figures are computed; each step is
-    // rounded to float so that every target gives the same digits.
-    const float tam = static_cast<float>(std::strtoul(tamanho.data(), nullptr, 10));
-    const float percentual = static_cast<float>(std::atoi(livre.data())) / 100.0f;
-    const float bytes = static_cast<float>(tam * percentual) / 100.0f;
+    // rounded to float so that every target gives the same digits. The steps
+    // pass through memory: on 32-bit x86 the x87 unit would otherwise carry
+    // them on in extended precision, casts notwithstanding.
+    const volatile float tam = static_cast<float>(std::strtoul(tamanho.data(), nullptr, 10));
+    const volatile float percentual = static_cast<float>(std::atoi(livre.data())) / 100.0f;
+    const volatile float produto = tam * percentual;
+    const volatile float bytes = produto / 100.0f;
     std::array<char, 12> digitos{};
     LongtoAsk(static_cast<std::uint32_t>(bytes), digitos, 10);
     LeftPad(view(digitos), valor, 16);
@@ -247,8 +255,8 @@ std::uint16_t Calcular_Qtde_Reducoes_Restantes(char* Valor) {
   std::array<char, 50> feitas{};
   const std::uint16_t ret = E4ValAtu(4, feitas.data());
   if (ret == 0) {
-    const long n = std::atol(feitas.data());
-    const long restantes = n >= kReducoesMF ? 0 : kReducoesMF - n;
+    const long long n = valor_texto(feitas.data());
+    const long long restantes = n >= kReducoesMF ? 0 : diferenca_limitada(kReducoesMF, n);
     std::array<char, 12> digitos{};
     intoAsk(static_cast<std::uint32_t>(restantes), digitos, 10);
     LeftPad(view(digitos), valor, 4);
@@ -285,6 +293,7 @@ extern "C" {
 
 ORBELAN_API unsigned short E4LMF(unsigned char Tipo, unsigned char Opc, const char* Inicio,
                                  const char* Final) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4LMF%s - inicio - Tipo=%d Opc=%d Inicio=%s Final=%s\n", Tipo, Opc, nz(Inicio), nz(Final));
   std::array<char, 21> operador{};
@@ -319,6 +328,7 @@ ORBELAN_API unsigned short E4LMF(unsigned char Tipo, unsigned char Opc, const ch
 
 ORBELAN_API unsigned short E4LMFSerial(unsigned char Tipo, unsigned char Opc, const char* Inicio,
                                        const char* Final, const char* Arquivo) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   const char* const arquivo = nz(Arquivo);
   ORB_LOG("E4LMFSerial%s - inicio - Tipo=%d Opc=%d Inicio=%s Final=%s Arquivo=%s\n", Tipo, Opc, nz(Inicio),
@@ -345,6 +355,7 @@ ORBELAN_API unsigned short E4LMFSerial(unsigned char Tipo, unsigned char Opc, co
 
 ORBELAN_API unsigned short E4LeMFD(unsigned char Tipo, const char* Inicio, const char* Final,
                                    const char* arqDestino) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   const char* const arquivo = nz(arqDestino);
   const char* inicio = nz(Inicio);
@@ -443,6 +454,7 @@ ORBELAN_API unsigned short E4LeMFD(unsigned char Tipo, const char* Inicio, const
 
 ORBELAN_API unsigned short E4LeMFDEsp(int Usuario, unsigned char Tipo, const char* Inicio,
                                       const char* Final, const char* arqDestino) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4LeMFDEsp%s - inicio - Usuario=%d Tipo=%d Inicio=%s Final=%s arqDestino=%s\n", Usuario, Tipo,
           nz(Inicio), nz(Final), nz(arqDestino));

@@ -9,6 +9,7 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -281,6 +282,7 @@ std::uint16_t apos_criar_meio_pagamento() {
 extern "C" {
 
 ORBELAN_API unsigned short E4RPPrim(unsigned char Cat) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4RPPrim%s - inicio - Cat=%d\n", Cat);
   limpa_cache();
@@ -309,14 +311,17 @@ ORBELAN_API unsigned short E4RPPrim(unsigned char Cat) {
 }
 
 ORBELAN_API unsigned short E4RPLe(unsigned char Cat, char* Compl, char* Sinal, unsigned char* RP) {
+  ORB_LOCK();
   return Le_Registrador_Parcial("E4RPLe", false, Cat, Compl, Sinal, RP);
 }
 
 ORBELAN_API unsigned short E4RPProx(unsigned char Cat, char* Compl, char* Sinal, unsigned char* RP) {
+  ORB_LOCK();
   return Proximo_Registrador_Parcial("E4RPProx", E4RPLe, Cat, Compl, Sinal, RP);
 }
 
 ORBELAN_API unsigned short E4VerRP(int RP, char* Descricao, char* Sinal) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   if (Descricao != nullptr) Descricao[0] = '\0';
   if (Sinal != nullptr) *Sinal = ' ';
@@ -350,6 +355,7 @@ ORBELAN_API unsigned short E4VerRP(int RP, char* Descricao, char* Sinal) {
 
 ORBELAN_API unsigned short E4RPCria(unsigned char Cat, const char* Nome, const char* Param,
                                     unsigned char* Reg) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   const std::string_view param = in_text(Param, 1);
   ORB_LOG("E4RPCria%s - inicio - Cat=%d Nome=%s Param=%s Reg=%d\n", Cat, ou_vazio(Nome), ou_vazio(Param),

@@ -8,6 +8,7 @@
 
 #include "frame/command.h"
 #include "frame/dumplog.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "orbelan.h"
@@ -237,6 +238,7 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4DadosReducao(char* Buffer) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4DadosReducao%s - inicio \n");
   Registro registro;

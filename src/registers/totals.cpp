@@ -17,8 +17,10 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/identity.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
+#include "frame/sums.h"
 #include "frame/text.h"
 #include "orbelan.h"
 #include "registers/values.h"
@@ -34,9 +36,12 @@ constexpr std::uint16_t kRegistradorImposto = 2841;
 
 // Reduction numbers the fiscal memory can hold.
 constexpr unsigned kMaxReducoes = 2191;
-// The fiscal-memory record index travels in 16 bits, so a scan can never ask
-// past this record; it also ends a scan on a printer that fails every read.
-constexpr unsigned kMaxRegistroMF = 65535;
+// The last fiscal-memory record a scan asks for. The memory holds at most 2190
+// reductions and far fewer records of other kinds, so a printer that has not
+// shown the end mark by this record fails or answers every read with nothing:
+// the scan stops instead of tying the terminal up for the whole 16-bit index
+// range (thousands of commands).
+constexpr unsigned kMaxRegistroMF = 4096;
 
 // Room of a value output, and of E4RegMemFisc's.
 using TextoValor = std::array<char, kTamValorRegistrador>;
@@ -47,7 +52,7 @@ constexpr std::size_t kTamRegMemFisc = 21;
 std::uint16_t le_e_soma(int reg, int Verifica, std::array<char, 50>& texto, long long& soma) {
   texto.fill('\0');
   const std::uint16_t ret = Executa_Leitura_Registrador_Geral(133, reg, texto.data(), Verifica, texto.size());
-  if (ret == 0) soma += std::atoll(texto.data());
+  if (ret == 0) soma = soma_limitada(soma, valor_texto(texto.data()));
   return ret;
 }
 
@@ -79,13 +84,13 @@ std::uint16_t valor_a_pagar(TextoValor& valor) {
   if (estado != 0) {
     float subtotal = 0;
     ret = Ler_Valor_Subtotal(&subtotal);
-    devido = static_cast<long long>(subtotal);  // truncated toward zero
+    devido = inteiro_limitado(subtotal);  // truncated toward zero
   } else {
     TextoValor recebido{};
     ret = CalculaTotalRecebido(recebido.data());
     long long r79 = 0;
     if (ret == 0) ret = Soma_Registradores(134, {79}, r79);
-    devido = std::atoll(recebido.data()) - r79;  // floored at 0 when written
+    devido = diferenca_limitada(valor_texto(recebido.data()), r79);  // floored at 0 when written
   }
   if (ret == 0) Escreve_Soma(devido, valor);
   return ret;
@@ -199,7 +204,7 @@ std::uint16_t Calcular_Venda_Liquida_Diaria(int Verifica, char* Valor) {
   std::array<char, 50> texto{};
 
   if (ret == 0) ret = Calcular_Venda_Bruta_Diaria(Verifica, valor.data());
-  const long long bruta = std::atoll(valor.data());
+  const long long bruta = valor_texto(valor.data());
   valor.fill('\0');
 
   if (ret == 0) {
@@ -234,7 +239,7 @@ std::uint16_t Calcular_Venda_Liquida_Diaria(int Verifica, char* Valor) {
   }
 
   if (ret == 0) {
-    Escreve_Soma(bruta - deducoes, valor);
+    Escreve_Soma(diferenca_limitada(bruta, deducoes), valor);
     copy_out(Valor, view(valor), valor.size());
   }
   ORB_LOG("Calcular_Venda_Liquida_Diaria%s - fim com ret=%d - Venda Liquida Diaria=%s \n", ret, valor.data());
@@ -266,10 +271,12 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4ValAtu(unsigned char Reg, char* Valor) {
+  ORB_LOCK();
   return Le_Valor_Atual("E4ValAtu", Reg, Valor, Ler_Valor_Atual_Reg_Fiscal, 200);
 }
 
 ORBELAN_API unsigned short E4ValRed(unsigned char Reg, char* Valor) {
+  ORB_LOCK();
   if (Valor != nullptr) Valor[0] = '\0';
   ORB_LOG("E4ValRed%s - inicio - Reg=%d \n", Reg);
   TextoValor valor{};
@@ -282,6 +289,7 @@ ORBELAN_API unsigned short E4ValRed(unsigned char Reg, char* Valor) {
 }
 
 ORBELAN_API unsigned short E4ValImp(unsigned char Reg, char* Valor) {
+  ORB_LOCK();
   if (Valor != nullptr) Valor[0] = '\0';
   ORB_LOG("E4ValImp%s - inicio - Reg=%d \n", Reg);
   TextoValor valor{};
@@ -294,6 +302,7 @@ ORBELAN_API unsigned short E4ValImp(unsigned char Reg, char* Valor) {
 }
 
 ORBELAN_API unsigned short E4InfCup(unsigned short Reg, char* Valor) {
+  ORB_LOCK();
   if (Valor != nullptr) Valor[0] = '\0';
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4InfCup%s - inicio - Reg=%d \n", Reg);
@@ -349,6 +358,7 @@ ORBELAN_API unsigned short E4InfCup(unsigned short Reg, char* Valor) {
 }
 
 ORBELAN_API unsigned short E4RegMemFisc(unsigned short nRedZ, char* Valor) {
+  ORB_LOCK();
   if (Valor != nullptr) Valor[0] = '\0';
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4RegMemFisc%s - inicio - nRedZ=%d  \n", nRedZ);

@@ -17,6 +17,7 @@
 #include "frame/identity.h"
 #include "frame/result.h"
 #include "frame/session.h"
+#include "frame/sums.h"
 #include "frame/text.h"
 #include "registers/journal.h"
 
@@ -80,7 +81,7 @@ constexpr std::array kLinhasBase = {
 std::uint16_t soma_parcela(int Comando, const Parcela& p, long long& soma) {
   std::array<char, 50> texto{};
   const std::uint16_t ret = Executa_Leitura_Registrador_Geral(Comando, p.reg, texto.data(), p.verifica, texto.size());
-  if (ret == 0) soma += std::atoll(texto.data());
+  if (ret == 0) soma = soma_limitada(soma, valor_texto(texto.data()));
   return ret;
 }
 

@@ -26,6 +26,9 @@ constexpr std::uint16_t kErroArquivo = 2902;
 std::uint16_t grava_arquivo(const char* nome, const char* texto) {
   File f(nome, "w+");
   if (!f) return kErroArquivo;
+  // One read or write of the whole: no stream buffer (whose set-up asks for the
+  // file's block size) is needed.
+  std::setvbuf(f.get(), nullptr, _IONBF, 0);
   const std::string_view t = in_text(texto);
   if (!t.empty()) std::fwrite(t.data(), 1, t.size(), f.get());
   return 0;
@@ -44,6 +47,7 @@ std::uint16_t Ler_Tipo_Ultimo_Cupom(char* Tipo) {
     ret = kErroArquivo;
   } else {
     std::array<char, 200> buf{};
+    std::setvbuf(f.get(), nullptr, _IONBF, 0);  // one read, no stream buffer
     // A type needs its three characters; anything shorter reads as no type.
     if (std::fread(buf.data(), 1, 199, f.get()) > 2) std::memcpy(tipo.data(), buf.data(), 3);
     f.close();
@@ -61,6 +65,7 @@ std::uint16_t Ler_Operador(char* Nome) {
   std::array<char, 200> buf{};
   // A missing operator file is not an error: the name is simply empty.
   if (File f(NOME_ARQ_OPERADOR, "r+"); f) {
+    std::setvbuf(f.get(), nullptr, _IONBF, 0);  // one read, no stream buffer
     const std::size_t lidos = std::fread(buf.data(), 1, 199, f.get());
     // The name is cut to 20 characters here, not when it is stored.
     std::memcpy(nome.data(), buf.data(), lidos < 20 ? lidos : 20);

@@ -68,6 +68,9 @@ std::size_t poe_campo(std::span<char> dst, std::size_t pos, std::string_view t, 
 std::uint16_t acrescenta(const char* nome, const char* dados, std::size_t n) {
   File f(nome, "a+");
   if (!f) return kErroArquivo;
+  // One read or write of the whole: no stream buffer (whose set-up asks for the
+  // file's block size) is needed.
+  std::setvbuf(f.get(), nullptr, _IONBF, 0);
   if (n != 0) std::fwrite(dados, 1, n, f.get());
   return 0;
 }

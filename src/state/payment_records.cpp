@@ -35,6 +35,9 @@ bool le_bloco(const char* nome, Bloco& bloco, std::size_t& lidos) {
   lidos = 0;
   File f(nome, "r+");
   if (!f) return false;
+  // One read or write of the whole: no stream buffer (whose set-up asks for the
+  // file's block size) is needed.
+  std::setvbuf(f.get(), nullptr, _IONBF, 0);
   lidos = std::fread(bloco.data(), 1, kJanela, f.get());
   return true;
 }
@@ -64,6 +67,9 @@ std::uint16_t limpa(const char* nome) {
 std::uint16_t acrescenta(const char* nome, std::string_view texto) {
   File f(nome, "a+");
   if (!f) return kErroArquivo;
+  // One read or write of the whole: no stream buffer (whose set-up asks for the
+  // file's block size) is needed.
+  std::setvbuf(f.get(), nullptr, _IONBF, 0);
   if (!texto.empty()) std::fwrite(texto.data(), 1, texto.size(), f.get());
   return 0;
 }
@@ -243,6 +249,7 @@ std::uint16_t Incluir_Indice_COO(const char* NomeArquivo, const char* sCOO, cons
       for (std::size_t i = 0; i < 3; ++i) escrita[pos + 1 + i] = i < tipo.size() ? tipo[i] : ' ';
       copy_text(std::span<char>{escrita}.subspan(pos + 4), view(coo));
       ORB_LOG("Incluir_Indice_COO%s bufwrite=%s \n", escrita.data());
+      std::setvbuf(f.get(), nullptr, _IONBF, 0);  // one write, no stream buffer
       const std::string_view w = view(escrita);
       std::fwrite(w.data(), 1, w.size(), f.get());
     }

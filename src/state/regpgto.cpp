@@ -5,6 +5,8 @@
 // that a run stopped at any point resumes at the right step.
 #include "state/regpgto.h"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -25,6 +27,7 @@ std::array<char, 6> statusArqRegPgto{};
 namespace {
 
 constexpr const char* kArqRegPgto = "ArqRegPgto.sts";
+constexpr const char* kArqRegPgtoNovo = "ArqRegPgto.sts.tmp";  // the next content, until it replaces the file
 constexpr std::size_t kTamStatus = 5;
 constexpr std::uint16_t kErroArquivo = 2902;
 constexpr std::uint16_t kLeituraCurta = 2903;
@@ -85,6 +88,31 @@ std::uint16_t fecha_procedimento() {
   return executa(160, 0, in, r);
 }
 
+// Writes the 5 bytes to `f` and makes sure they reached the file.
+bool escreve(const File& f, const char* buffer) {
+  return std::fwrite(buffer, 1, kTamStatus, f.get()) == kTamStatus && std::fflush(f.get()) == 0 &&
+         ::fsync(fileno(f.get())) == 0;
+}
+
+// Replaces the status file's content. The recovery rests on the file always
+// holding the last state reached, so the new content is written to a scratch
+// file that then takes the status file's place in one step: a write failing
+// part-way (disk full, file size limit) leaves the previous state as it was.
+// Where no scratch file can be created (a directory that accepts no new files)
+// the file is written in place.
+std::uint16_t substitui(const char* mode, const char* buffer) {
+  if (File tmp(kArqRegPgtoNovo, mode); tmp) {
+    const bool escrito = escreve(tmp, buffer);
+    tmp.close();
+    if (escrito && std::rename(kArqRegPgtoNovo, kArqRegPgto) == 0) return 0;
+    std::remove(kArqRegPgtoNovo);
+    return escrito ? kErroArquivo : kEscritaCurta;  // a directory in its place cannot be replaced
+  }
+  File f(kArqRegPgto, mode);
+  if (!f) return kErroArquivo;
+  return escreve(f, buffer) ? 0 : kEscritaCurta;
+}
+
 // The saved store number held in memory.
 std::string_view numero_salvo() { return {statusArqRegPgto.data() + 1, 4}; }
 
@@ -100,17 +128,14 @@ std::uint16_t conclui() {
 
 std::uint16_t readWriteArqRegPgto(int op, const char* mode, char* buffer) {
   if (buffer == nullptr || mode == nullptr || (op != 1 && op != 2)) return 2049;
-  File f(kArqRegPgto, mode);
-  if (!f) return kErroArquivo;
   std::uint16_t ret = 0;
   if (op == 1) {
+    File f(kArqRegPgto, mode);
+    if (!f) return kErroArquivo;
     if (std::fread(buffer, 1, kTamStatus, f.get()) < kTamStatus) ret = kLeituraCurta;
   } else {
-    if (std::fwrite(buffer, 1, kTamStatus, f.get()) < kTamStatus || std::fflush(f.get()) != 0) {
-      ret = kEscritaCurta;
-    }
+    ret = substitui(mode, buffer);
   }
-  f.close();
   if (ret == 0) std::memcpy(statusArqRegPgto.data(), buffer, kTamStatus);
   return ret;
 }

@@ -17,6 +17,7 @@
 #include "frame/dumplog.h"
 #include "frame/encodings.h"
 #include "frame/file.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "frame/text.h"
@@ -155,23 +156,27 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4IniCP_JP(unsigned char Opc, const char* Param) {
+  ORB_LOCK();
   // This family keeps no flags of open coupons.
   static constexpr VarianteAbertura kVariante{kIniCP, false, opcao_propria};
   return Inicia_Documento(kVariante, Opc, Param);
 }
 
 ORBELAN_API unsigned short E4RegPag_JP(unsigned char RP, const char* Valor) {
+  ORB_LOCK();
   ORB_LOG("E4RegPag_JP%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
   return paga("E4RegPag_JP", {"E4RegPag_JP", "E4RegPag_JP"}, RP, Valor, "");
 }
 
 ORBELAN_API unsigned short E4RegPagEsp_JP(unsigned char RP, const char* Valor, const char* Mensagem) {
+  ORB_LOCK();
   ORB_LOG("E4RegPagEsp_JP%s - inicio - RP=%d Valor=%s\n", RP, txt(Valor));
   // The refusal and exit lines are the base function's.
   return paga("E4RegPagEsp_JP", {"E4RegPagEsp", "E4RegPagEsp"}, RP, Valor, Mensagem);
 }
 
 ORBELAN_API unsigned short E4EstornaPgto_JP(unsigned char RPO, unsigned char RPD, const char* Valor) {
+  ORB_LOCK();
   // The labels name the arguments the other way round; the trace keeps them so.
   ORB_LOG("E4EstornaPgto_JP%s - inicio - RPD=%d RPO=%d Valor=%s\n", RPO, RPD, txt(Valor));
   const bool aberto = OPENOK != 0;
@@ -202,20 +207,27 @@ ORBELAN_API unsigned short E4EstornaPgto_JP(unsigned char RPO, unsigned char RPD
 // The cancellations of this family never make a management report an error
 // and always cut; the lines advanced are the caller's when Avanca is set.
 ORBELAN_API unsigned short E4CanCP_JP(unsigned char Avanca, int Linhas) {
+  ORB_LOCK();
   return Cancelamento_Exportado("E4CanCP_JP", "  ", 0, Avanca != 0 ? Linhas : 0, 1, 1);
 }
 
 ORBELAN_API unsigned short E4CanCPEsp_JP(unsigned char Avanca, int Linhas) {
+  ORB_LOCK();
   return Cancelamento_Exportado("E4CanCPEsp_JP", "  ", 0, Avanca != 0 ? Linhas : 0, 1, 0);
 }
 
-ORBELAN_API unsigned short E4CanCupEsp_JP(void) { return Cancelamento_Exportado("E4CanCupEsp_JP", " ", 0, 0, 1, 0); }
+ORBELAN_API unsigned short E4CanCupEsp_JP(void) {
+  ORB_LOCK();
+  return Cancelamento_Exportado("E4CanCupEsp_JP", " ", 0, 0, 1, 0);
+}
 
 ORBELAN_API unsigned short E4FimCPEsp_JP(unsigned char Avanca, int Linhas, const char* Prox) {
+  ORB_LOCK();
   return Fechamento_Exportado("E4FimCPEsp_JP", Prox, Avanca != 0 ? Linhas : 0, ControlarFinalizacaoCupom);
 }
 
 ORBELAN_API unsigned short E4FimDoc_JP(void) {
+  ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4FimDoc_JP%s - inicio\n");
   if (ret == 0) ret = Finalizar(nullptr, 0, 0);  // whatever is open, no cut

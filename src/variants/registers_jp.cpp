@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "frame/dumplog.h"
+#include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
 #include "registers/journal.h"
@@ -64,15 +65,18 @@ using namespace orbelan;
 extern "C" {
 
 ORBELAN_API unsigned short E4RPLe_JP(unsigned char Cat, char* Compl, char* Sinal, unsigned char* RP) {
+  ORB_LOCK();
   return Le_Registrador_Parcial("E4RPLe_JP", true, Cat, Compl, Sinal, RP);
 }
 
 ORBELAN_API unsigned short E4RPProx_JP(unsigned char Cat, char* Compl, char* Sinal, unsigned char* RP) {
+  ORB_LOCK();
   return Proximo_Registrador_Parcial("E4RPProx_JP", E4RPLe_JP, Cat, Compl, Sinal, RP);
 }
 
 ORBELAN_API unsigned short E4RPCria_JP(unsigned char Cat, const char* Nome, const char* Param,
                                        unsigned char* Reg) {
+  ORB_LOCK();
   ORB_LOG("E4RPCria_JP%s - inicio - Cat=%d Nome=%s Param=%s Reg=%d\n", Cat, ou_vazio(Nome),
           ou_vazio(Param), Reg != nullptr ? *Reg : 0);
   // Register 0 asks for the category's first free number. Should the search
@@ -89,12 +93,14 @@ ORBELAN_API unsigned short E4RPCria_JP(unsigned char Cat, const char* Nome, cons
 }
 
 ORBELAN_API unsigned short E4ValAtu_JP(unsigned char Reg, char* Valor) {
+  ORB_LOCK();
   return Le_Valor_Atual(
       "E4ValAtu_JP", Reg, Valor,
       [](int r, char* v) { return Ler_Valor_Atual_Reg_Fiscal_JP(static_cast<std::uint32_t>(r), v); }, -1);
 }
 
 ORBELAN_API unsigned short E4ValAtuEsp_JP(unsigned char Reg, char* Valor) {
+  ORB_LOCK();
   if (Valor != nullptr) Valor[0] = '\0';
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("E4ValAtuEsp_JP%s - inicio  \n");

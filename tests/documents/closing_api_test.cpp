@@ -1,7 +1,6 @@
 // Closing the open document by the printer's state, the closing message, and
 // the paper advance and cut.
 #include <string>
-#include <vector>
 
 #include "orbelan.h"
 #include "support/fixture.h"
@@ -10,25 +9,7 @@ using namespace orbtest;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-// The commands sent, without the error queries that follow every failure.
-std::vector<int> sent() {
-  std::vector<int> out;
-  for (int c : commands())
-    if (c != 3) out.push_back(c);
-  return out;
-}
-
-// The input of the last `cmd` after its two sequence bytes.
-Bytes payload(int cmd) {
-  Bytes in = last_input(cmd);
-  return in.size() < 2 ? Bytes{} : Bytes(in.begin() + 2, in.end());
-}
-
 Bytes bytes(const std::string& s) { return Bytes(s.begin(), s.end()); }
-
-void state(std::uint8_t s) { stick(6, 0, {s, 0}); }
 
 using Closing = Session;
 
@@ -65,10 +46,9 @@ TEST_F(Closing, FiscalClosingCarriesMessageOperatorAndLateConsumer) {
   ASSERT_EQ(E4Cons("Ana", "123", "Rua B"), 0);
   state(16);
   EXPECT_EQ(E4FimCP(7, "Volte sempre"), 0);
-  EXPECT_EQ(sent(), (std::vector<int>{6, 130, 142, 224, 133}));
+  EXPECT_EQ(sent(), (Cmds{6, 130, 142, 224, 133}));
   EXPECT_EQ(payload(130), bytes(std::string("Volte sempre") + '\0'));
   EXPECT_EQ(payload(142), bytes(std::string("\x05Maria\0Ana\0" "123\0Rua B\0", 21)));
-  EXPECT_TRUE(logged("Finaliza_Cupom_Fiscal5600 - inicio - msg=Volte sempre - qtdeAvanco=0, CortaPapel=\x01"));
   // The consumer is spent: the next closing carries three empty texts.
   EXPECT_EQ(E4FimCup(), 0);
   EXPECT_EQ(payload(142), bytes(std::string("\x05Maria\0\0\0\0", 10)));
@@ -78,27 +58,26 @@ TEST_F(Closing, FailuresStopTheRemainingSteps) {
   state(16);
   push(142, 1);
   EXPECT_EQ(E4FimCP(0, nullptr), 2561);
-  EXPECT_EQ(sent(), (std::vector<int>{6, 142}));
+  EXPECT_EQ(sent(), (Cmds{6, 142}));
 
   vp_clear_calls();
   state(14);
   push(188, 1);
   EXPECT_EQ(E4FimCP(0, nullptr), 2561);
-  EXPECT_EQ(sent(), (std::vector<int>{6, 6, 188}));
+  EXPECT_EQ(sent(), (Cmds{6, 6, 188}));
 
   // In 24 the amount received is printed whatever the totalling gave.
   vp_clear_calls();
   state(24);
   push(153, 1);
   EXPECT_EQ(E4FimCP(0, nullptr), 0);
-  EXPECT_EQ(sent(), (std::vector<int>{6, 153, 6, 188, 6, 189, 158, 224}));
+  EXPECT_EQ(sent(), (Cmds{6, 153, 6, 188, 6, 189, 158, 224}));
 }
 
 TEST_F(Closing, LongMessageIsCutAndMasked) {
   const std::string msg = "\"" + std::string(399, 'x');
   state(21);
   EXPECT_EQ(E4FimCP(0, msg.c_str()), 0);
-  EXPECT_TRUE(logged("E4FimCP5600 - inicio - Prox=[" + msg.substr(0, 299) + "] "));
   EXPECT_TRUE(logged("ControlarFinalizacaoCupom5600 - inicio - Prox=[" + msg.substr(0, 299) + "] - qtdeAvanco=[0]"));
   EXPECT_EQ(payload(130), bytes("'" + std::string(251, 'x') + '\0'));
 }
@@ -110,14 +89,14 @@ TEST_F(Closing, CutSwitchAndManualCut) {
   state(16);
   EXPECT_EQ(E4FimCP(0, nullptr), 0);
   EXPECT_EQ(E4CortaPapel(), 0);
-  EXPECT_EQ(sent(), (std::vector<int>{6, 142, 133, 223, 224}));
+  EXPECT_EQ(sent(), (Cmds{6, 142, 133, 223, 224}));
   EXPECT_EQ(payload(223), Bytes{1});
   EXPECT_EQ(payload(224), Bytes{});
 
   vp_clear_calls();
   push(223, 1);
   EXPECT_EQ(E4CortaPapel(), 2561);
-  EXPECT_EQ(sent(), std::vector<int>{223});
+  EXPECT_EQ(sent(), Cmds{223});
 
   EXPECT_EQ(E4CorteImp(1), 0);
   EXPECT_EQ(E4CortaPapel(), 2960);
@@ -127,20 +106,6 @@ TEST_F(Closing, PaperAdvanceOnlyInStateZeroAndModulo256) {
   EXPECT_EQ(E4AvancaPapel(1, 5), 0);
   EXPECT_TRUE(sent().empty());
   EXPECT_EQ(E4AvancaPapel(0, 300), 0);
-  EXPECT_EQ(sent(), std::vector<int>{223});
+  EXPECT_EQ(sent(), Cmds{223});
   EXPECT_EQ(payload(223), Bytes{44});
-}
-
-TEST_F(Fresh, ClosingOperationsNeedASession) {
-  EXPECT_EQ(E4CorteImp(0), 2869);
-  EXPECT_EQ(E4FimCP(0, "x"), 2869);
-  EXPECT_EQ(E4FimCup(), 2869);
-  EXPECT_EQ(E4AvancaPapel(0, 1), 2869);
-  EXPECT_EQ(E4CortaPapel(), 2869);
-  EXPECT_TRUE(commands().empty());
-  // The refused switch left end-of-document cutting on.
-  vp_answer_identity();
-  ASSERT_EQ(E4Open(0, 0), 0);
-  EXPECT_EQ(E4CortaPapel(), 2960);
-  E4Close();
 }

@@ -1,4 +1,5 @@
-// Management reports and free printing.
+// Free printing in a management report (the report's opening and closing are
+// in the document scenarios).
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -10,13 +11,10 @@ using namespace orbtest;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
 // The texts of the free lines (command 130) sent, in order.
 std::vector<std::string> printed() {
   std::vector<std::string> out;
-  for (const auto& c : operations())
-    if (c.cmd == 130) out.emplace_back(reinterpret_cast<const char*>(c.in + 2));
+  for (const auto& p : payloads(130)) out.emplace_back(reinterpret_cast<const char*>(p.data()));
   return out;
 }
 
@@ -24,32 +22,17 @@ using Report = Session;
 
 }  // namespace
 
-TEST_F(Report, OpenedOnItsKindAndClosedWithTheOperator) {
-  EXPECT_EQ(E4IniCP(20, ""), 0);
-  EXPECT_EQ(last_input(220).size(), 4u);
-  EXPECT_EQ(last_input(220)[2], 't');
-  EXPECT_EQ(E4IniCP(20, "19"), 0);
-  EXPECT_EQ(last_input(220)[2], 135);
-  EXPECT_EQ(read_file("EcfZandor.cpm"), "RGR");
-
-  vp_clear_calls();
-  stick(6, 0, {26, 0});
-  EXPECT_EQ(E4FimCP(0, nullptr), 0);
-  EXPECT_EQ(commands(), (std::vector<int>{6, 221, 224}));
-  EXPECT_EQ(last_input(221).size(), 4u);
-}
-
 TEST_F(Report, PrintPaysOutAmountsFirstInPaymentPhase) {
   EXPECT_EQ(E4Print(""), 2049);
   EXPECT_EQ(E4Print(nullptr), 2049);
   vp_clear_calls();  // the error queries that follow a failure
-  stick(6, 0, {26, 0});
+  state(26);
   EXPECT_EQ(E4Print("linha livre"), 0);
-  EXPECT_EQ(commands(), (std::vector<int>{6, 130}));
+  EXPECT_EQ(commands(), (Cmds{6, 130}));
   EXPECT_EQ(printed(), std::vector<std::string>{"linha livre"});
 
   vp_clear_calls();
-  stick(6, 0, {24, 0});
+  state(24);
   EXPECT_EQ(E4Print("texto"), 0);
   const auto cmds = commands();
   const auto at = [&](int c) { return std::find(cmds.begin(), cmds.end(), c) - cmds.begin(); };
@@ -69,29 +52,18 @@ TEST_F(Report, FilePrinting) {
   vp_clear_calls();
   EXPECT_EQ(E4ImpVinc("vinc.txt", "2"), 0);
   EXPECT_EQ(printed().size(), 2u);
-
   vp_clear_calls();
   EXPECT_EQ(E4ImpVinc("vinc.txt", "0"), 0);
   EXPECT_EQ(E4ImpVinc("vinc.txt", "abc"), 0);
   EXPECT_TRUE(commands().empty());
-}
 
-TEST_F(Report, FilePrintingFailuresAreNotTranslated) {
+  // Failures are not translated.
   EXPECT_EQ(E4ImpVinc("falta.txt", "3"), 2902);
-  EXPECT_TRUE(logged("E4ImpVinc5600 Erro na abertura do Arquivo "));
-
   write_file("vinc.txt", "um\ndois\ntres\n");
   push(130, 0);
   push(130, 1);
   EXPECT_EQ(E4ImpVinc("vinc.txt", "3"), 2904);
   EXPECT_EQ(printed(), (std::vector<std::string>{"um", "dois"}));
-  EXPECT_FALSE(logged("E4ImpVinc5600 - fim com ret=2904 "));
+  EXPECT_FALSE(logged("E4ImpVinc5600 - fim com ret=2904 "));  // returned without its exit line
 }
 
-TEST_F(Report, SmallOperations) {
-  EXPECT_EQ(E4ConImp('B', 3, 4), 0);
-  EXPECT_TRUE(commands().empty());
-  EXPECT_EQ(E4ExpDoc(), 0);
-  EXPECT_EQ(commands(), std::vector<int>{71});
-  EXPECT_EQ(last_input(71).size(), 2u);
-}

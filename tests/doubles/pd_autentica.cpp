@@ -9,26 +9,17 @@
 // Built with PD_SEM_CARREGAECF it lacks "carregaECF" (pd_autentica_semcarrega).
 #include "recorder.h"
 
-#define PD_API extern "C" __attribute__((visibility("default")))
+DBL_ENTRY(pd_autentica, openAutentica)
+DBL_ENTRY(pd_autentica, closeAutentica)
 
-PD_API int openAutentica() {
-  dbl_record("pd_autentica", "openAutentica", "%s", "");
-  return static_cast<int>(dbl_result("openAutentica", 0));
-}
-
-PD_API int closeAutentica() {
-  dbl_record("pd_autentica", "closeAutentica", "%s", "");
-  return static_cast<int>(dbl_result("closeAutentica", 0));
-}
-
-PD_API int autentica(int mode, int length, char* text) {
+DBL_API int autentica(int mode, int length, char* text) {
   const int shown = text == nullptr || length < 0 ? 0 : (length > 900 ? 900 : length);
   dbl_record("pd_autentica", "autentica", "%d,%d,%.*s", mode, length, shown, text != nullptr ? text : "");
   return static_cast<int>(dbl_result("autentica", 0));
 }
 
 #ifndef PD_SEM_CARREGAECF
-PD_API int carregaECF(char* r1, char* r2, char* r3, char* r4, int fifth) {
+DBL_API int carregaECF(char* r1, char* r2, char* r3, char* r4, int fifth) {
   auto t = [](const char* r) { return r != nullptr ? r : ""; };
   dbl_record("pd_autentica", "carregaECF", "[%.9s][%.6s][%.10s][%.60s],%d", t(r1), t(r2), t(r3), t(r4), fifth);
   return static_cast<int>(dbl_result("carregaECF", 0));

@@ -6,19 +6,10 @@
 
 #include "recorder.h"
 
-#define PD_API extern "C" __attribute__((visibility("default")))
+DBL_ENTRY(pd_cheque, Open_cheque)
+DBL_ENTRY(pd_cheque, Close_cheque)
 
-PD_API int Open_cheque() {
-  dbl_record("pd_cheque", "Open_cheque", "%s", "");
-  return static_cast<int>(dbl_result("Open_cheque", 0));
-}
-
-PD_API int Close_cheque() {
-  dbl_record("pd_cheque", "Close_cheque", "%s", "");
-  return static_cast<int>(dbl_result("Close_cheque", 0));
-}
-
-PD_API int PreencheCheque(int length, unsigned char* bytes) {
+DBL_API int PreencheCheque(int length, unsigned char* bytes) {
   char hex[DBL_MAX_TEXT] = {};
   int used = std::snprintf(hex, sizeof hex, "%d:", length);
   for (int i = 0; bytes != nullptr && i < length && used + 3 < static_cast<int>(sizeof hex); ++i)

@@ -10,28 +10,15 @@
 
 #include "recorder.h"
 
-#define PD_API extern "C" __attribute__((visibility("default")))
-
 namespace {
 constexpr std::size_t kLeitura = 37;
 }
 
-PD_API int openCmc7() {
-  dbl_record("pd_cmc7", "openCmc7", "%s", "");
-  return static_cast<int>(dbl_result("openCmc7", 0));
-}
+DBL_ENTRY(pd_cmc7, openCmc7)
+DBL_ENTRY(pd_cmc7, closeCmc7)
+DBL_ENTRY(pd_cmc7, bufferCmc7)
 
-PD_API int closeCmc7() {
-  dbl_record("pd_cmc7", "closeCmc7", "%s", "");
-  return static_cast<int>(dbl_result("closeCmc7", 0));
-}
-
-PD_API int bufferCmc7() {
-  dbl_record("pd_cmc7", "bufferCmc7", "%s", "");
-  return static_cast<int>(dbl_result("bufferCmc7", 0));
-}
-
-PD_API int readCmc7(char* out, int* count) {
+DBL_API int readCmc7(char* out, int* count) {
   dbl_record("pd_cmc7", "readCmc7", "%s", "");
   const char* text = dbl_text("readCmc7");
   const std::size_t n = std::min(std::strlen(text), kLeitura);
@@ -40,7 +27,4 @@ PD_API int readCmc7(char* out, int* count) {
   return static_cast<int>(dbl_result("readCmc7", 0));
 }
 
-PD_API int cleanCmc7() {
-  dbl_record("pd_cmc7", "cleanCmc7", "%s", "");
-  return static_cast<int>(dbl_result("cleanCmc7", 0));
-}
+DBL_ENTRY(pd_cmc7, cleanCmc7)

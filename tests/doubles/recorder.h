@@ -36,4 +36,13 @@ const char *dbl_text(const char *fn);
 #ifdef __cplusplus
 }
 #endif
+
+/* An exported entry point of a double (C++ only), and one without arguments:
+ * recorded, and its scripted result (0 by default) returned. */
+#define DBL_API extern "C" __attribute__((visibility("default")))
+#define DBL_ENTRY(lib, fn)           \
+  DBL_API int fn() {                 \
+    dbl_record(#lib, #fn, "%s", ""); \
+    return (int)dbl_result(#fn, 0);  \
+  }
 #endif

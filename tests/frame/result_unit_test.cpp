@@ -5,6 +5,7 @@
 #include <map>
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include "frame/result.h"
 #include "orbelan.h"
@@ -69,56 +70,35 @@ TEST(Translation, EveryEntryAndEveryHole) {
     EXPECT_EQ(traduz_codigo(traduz_codigo(code)), code);
 }
 
-class Retorno : public Fresh {
- protected:
-  void SetUp() override {
-    Fresh::SetUp();
-    vp_answer_identity();
-    ASSERT_EQ(E4Open(0, 0), 0);
-    vp_clear_calls();
-  }
-  void TearDown() override { E4Close(); }
-  // Runs TrataRetorno and tells whether it issued the driver's error read.
-  bool reads_error(std::int32_t code, std::uint16_t want) {
-    vp_clear_calls();
-    EXPECT_EQ(TrataRetorno(code), want) << code;
-    const auto ops = operations();
-    if (ops.empty()) return false;
-    EXPECT_EQ(ops.size(), 1u);
-    EXPECT_EQ((std::vector<int>{ops[0].cmd, ops[0].flag, ops[0].mode, ops[0].inlen}),
-              (std::vector<int>{3, 1, 1, 0}));
-    return true;
-  }
-};
+// Runs TrataRetorno and tells whether it issued the driver's error read.
+bool reads_error(std::int32_t code, std::uint16_t want) {
+  vp_clear_calls();
+  EXPECT_EQ(TrataRetorno(code), want) << code;
+  const auto ops = operations();
+  if (ops.empty()) return false;
+  EXPECT_EQ(ops.size(), 1u);
+  EXPECT_EQ((std::vector<int>{ops[0].cmd, ops[0].flag, ops[0].mode, ops[0].inlen}), (std::vector<int>{3, 1, 1, 0}));
+  return true;
+}
 
-TEST_F(Retorno, PrinterCodesAreRememberedAndTheLastErrorIsRead) {
+TEST_F(Session, PrinterCodesAreRememberedAndTheLastErrorIsRead) {
   HWError = 7;
   EXPECT_FALSE(reads_error(0, 0));
   EXPECT_EQ(HWError, 0);
-
   EXPECT_TRUE(reads_error(38, 2872));
   EXPECT_EQ(HWError, 38);
   EXPECT_TRUE(logged("TrataRetorno5600 - De:38 Para:2872 "));
-
-  EXPECT_TRUE(reads_error(196, 196));  // a hole: unchanged but remembered
-  EXPECT_EQ(HWError, 196);
-  EXPECT_TRUE(reads_error(386, 386));
-  EXPECT_EQ(HWError, 386);
-  EXPECT_TRUE(reads_error(387, 2570));  // translated, outside the printer's range
-  EXPECT_EQ(HWError, 386);
-  EXPECT_TRUE(reads_error(8193, 2683));
-  EXPECT_EQ(HWError, 8193);
-  EXPECT_TRUE(reads_error(9011, 2751));
-  EXPECT_EQ(HWError, 8193);
-  EXPECT_TRUE(reads_error(8197, 8197));
-  EXPECT_EQ(HWError, 8193);
-
+  // Holes pass unchanged; codes outside the printer's ranges are not remembered.
+  const std::tuple<int, int, int> cases[] = {
+      {196, 196, 196}, {386, 386, 386}, {387, 2570, 386}, {8193, 2683, 8193}, {9011, 2751, 8193}, {8197, 8197, 8193}};
+  for (const auto& [code, want, remembered] : cases) {
+    EXPECT_TRUE(reads_error(code, static_cast<std::uint16_t>(want)));
+    EXPECT_EQ(HWError, remembered) << code;
+  }
   // Library codes pass unchanged, without a De/Para line, and still read the error.
   const auto before = log_lines().size();
   EXPECT_TRUE(reads_error(2869, 2869));
-  EXPECT_TRUE(reads_error(2049, 2049));
   EXPECT_EQ(HWError, 8193);
   const auto lines = log_lines();
-  for (std::size_t i = before; i < lines.size(); ++i)
-    EXPECT_EQ(lines[i].find("TrataRetorno"), std::string::npos) << lines[i];
+  for (std::size_t i = before; i < lines.size(); ++i) EXPECT_EQ(lines[i].find("TrataRetorno"), std::string::npos);
 }

@@ -1,6 +1,4 @@
 // The document-processor libraries in the session open and close.
-#include <dlfcn.h>
-
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -21,33 +19,19 @@ std::vector<std::string> library_calls() {
   return out;
 }
 
-int inicializa_calls() {
-  int n = 0;
-  for (int i = 0; i < vp_call_count(); ++i) n += vp_get_call(i)->kind == VP_INICIALIZA;
-  return n;
-}
-
-// Whether the double is still mapped in this process.
-bool loaded(const char* name) {
-  void* h = dlopen(double_path(name).c_str(), RTLD_NOW | RTLD_NOLOAD);
-  if (h != nullptr) dlclose(h);
-  return h != nullptr;
-}
-
 class Peripherals : public Fresh {
  protected:
   void SetUp() override {
     Fresh::SetUp();
     vp_answer_identity();
-    write_file("quorvel.conf", "[QuorvelPOS\\ImpressoraFiscal]\nTIPO_PD=1\n");
-    for (const char* lib : kLibs) redirect_dlopen("lib" + std::string(lib) + ".so", double_path(lib));
+    use_peripheral_doubles();
   }
 };
 
 TEST_F(Peripherals, OpenStartsAndCloseUnloadsTheThreeLibrariesInOrder) {
   ASSERT_EQ(E4Open(0, 0), 0);
   EXPECT_EQ(library_calls(), (std::vector<std::string>{"Open_cheque", "openAutentica", "openCmc7"}));
-  for (const char* lib : kLibs) EXPECT_TRUE(loaded(lib)) << lib;
+  for (const char* lib : kLibs) EXPECT_TRUE(double_loaded(lib)) << lib;
   // The document spacing goes to the printer while no document is open.
   const auto spacing = last_input(215);
   ASSERT_EQ(spacing.size(), 3u);
@@ -56,7 +40,7 @@ TEST_F(Peripherals, OpenStartsAndCloseUnloadsTheThreeLibrariesInOrder) {
   ASSERT_EQ(E4Close(), 0);
   EXPECT_EQ(library_calls(), (std::vector<std::string>{"Open_cheque", "openAutentica", "openCmc7", "Close_cheque",
                                                        "closeAutentica", "closeCmc7"}));
-  for (const char* lib : kLibs) EXPECT_FALSE(loaded(lib)) << lib;
+  for (const char* lib : kLibs) EXPECT_FALSE(double_loaded(lib)) << lib;
 }
 
 TEST_F(Peripherals, AMissingLibraryOrSymbolGives2900BeforeThePrinterIsStarted) {
@@ -89,9 +73,9 @@ TEST_F(Peripherals, AMissingLibraryOrSymbolGives2900BeforeThePrinterIsStarted) {
     dbl_reset();
     EXPECT_EQ(E4Open(0, 0), 2900);
     for (const auto& l : c.lines) EXPECT_TRUE(logged(l)) << l;
-    EXPECT_EQ(inicializa_calls(), 0);
+    EXPECT_EQ(count_calls(VP_INICIALIZA), 0);
     EXPECT_TRUE(library_calls().empty());  // nothing opened, nothing closed
-    for (const char* lib : c.still_loaded) EXPECT_TRUE(loaded(lib)) << lib;
+    for (const char* lib : c.still_loaded) EXPECT_TRUE(double_loaded(lib)) << lib;
     EXPECT_EQ(E4Close(), 2869);
   }
 }
@@ -109,7 +93,7 @@ TEST_F(Peripherals, AFailingDeviceStartGives2859AndReleasesTheLibraries) {
     std::vector<std::string> expected(opens, opens + failing + 1);
     for (const char* c : {"Close_cheque", "closeAutentica", "closeCmc7"}) expected.emplace_back(c);
     EXPECT_EQ(library_calls(), expected);
-    for (const char* lib : kLibs) EXPECT_FALSE(loaded(lib)) << lib;
+    for (const char* lib : kLibs) EXPECT_FALSE(double_loaded(lib)) << lib;
     // The printer was started, so the session stays marked open; closing it
     // does not close the libraries a second time.
     EXPECT_EQ(E4Close(), 0);

@@ -11,25 +11,13 @@ using namespace orbtest;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-using Commands = std::vector<int>;
-
 const Bytes kMark{0xCF, 0xDE, 0xB3, 0xD1};
 
-Bytes cat(Bytes a, const Bytes& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
 Bytes text(const std::string& s) { return Bytes(s.begin(), s.end()); }
 // A packet as the printer sends it: two header bytes, then the data.
 Bytes packet(const std::string& data) { return bytes_with(2 + data.size(), 2, data); }
-Bytes end_mark() { return cat({0, 0}, kMark); }
+Bytes end_mark() { return Bytes{0, 0} + kMark; }
 Bytes counter(int n) { return {static_cast<std::uint8_t>(n & 0xFF), static_cast<std::uint8_t>(n >> 8)}; }
-// The input of the last `cmd` after its sequence field.
-Bytes params(int cmd) {
-  const Bytes in = last_input(cmd);
-  return in.size() >= 2 ? Bytes(in.begin() + 2, in.end()) : Bytes{};
-}
 // The input of the n-th call of `cmd`.
 Bytes nth_input(int cmd, std::size_t n) {
   for (const auto& c : operations())
@@ -41,29 +29,28 @@ using Journal = Session;
 
 TEST_F(Journal, ByCooWritesEveryPacketAndAcknowledgesTheEndMark) {
   push(199, 0, packet("linha 1\r\n"));
-  push(199, 0, cat(packet("linha 2"), {0, 'X'}));  // a packet's text ends at its NUL
+  push(199, 0, packet("linha 2") + Bytes{0, 'X'});  // a packet's text ends at its NUL
   push(199, 0, end_mark());
   write_file("mfd.txt", "old content");
   EXPECT_EQ(E4LeMFD(1, "1", "250", "mfd.txt"), 0);
   EXPECT_EQ(read_file("mfd.txt"), "linha 1\r\nlinha 2");
-  EXPECT_EQ(commands(), (Commands{199, 199, 199, 199}));
-  EXPECT_EQ(nth_input(199, 0), cat(counter(0), {0x00, 0x00, 0x01, 0x00, 0x02, 0x50, 'T'}));
+  EXPECT_EQ(commands(), (Cmds{199, 199, 199, 199}));
+  EXPECT_EQ(nth_input(199, 0), (counter(0) + Bytes{0x00, 0x00, 0x01, 0x00, 0x02, 0x50, 'T'}));
   EXPECT_EQ(nth_input(199, 2), counter(2));
-  EXPECT_EQ(nth_input(199, 3), cat(counter(3), kMark));
-  EXPECT_TRUE(logged("E4LeMFD5600 - inicio -  Tipo=1 Inicio=1 Final=250 arqDestino=mfd.txt"));
+  EXPECT_EQ(nth_input(199, 3), counter(3) + kMark);
 
   // By reduction number: short bounds are packed from a field ending in its NUL.
   vp_clear_calls();
   push(216, 0, end_mark());
   EXPECT_EQ(E4LeMFD(2, "12", "123456", "mfd.txt"), 0);
-  EXPECT_EQ(nth_input(216, 0), cat(counter(0), {0x01, 0x20, 0x12, 0x34, 'T'}));
+  EXPECT_EQ(nth_input(216, 0), (counter(0) + Bytes{0x01, 0x20, 0x12, 0x34, 'T'}));
   EXPECT_EQ(read_file("mfd.txt"), "");
 }
 
 TEST_F(Journal, RefusedPacketClosesTheTransferUnlessTheLastOneWasFull) {
   push(199, 5);
   EXPECT_EQ(E4LeMFD(1, "1", "2", "mfd.txt"), 0);
-  EXPECT_EQ(commands(), (Commands{199, 7}));
+  EXPECT_EQ(commands(), (Cmds{199, 7}));
   EXPECT_EQ(operations()[1].flag, 0);
   EXPECT_EQ(operations()[1].inlen, 0);
   EXPECT_TRUE(file_exists("mfd.txt"));
@@ -74,34 +61,25 @@ TEST_F(Journal, RefusedPacketClosesTheTransferUnlessTheLastOneWasFull) {
   push(199, 0, packet(full));
   push(199, 5);
   EXPECT_EQ(E4LeMFD(1, "1", "2", "mfd.txt"), 2903);
-  EXPECT_EQ(commands(), (Commands{199, 199, 3}));
+  EXPECT_EQ(commands(), (Cmds{199, 199, 3}));
   EXPECT_EQ(read_file("mfd.txt"), full);
 
   // A reply with neither data nor the end mark counts as refused.
   vp_clear_calls();
   EXPECT_EQ(E4LeMFD(1, "1", "2", "mfd.txt"), 0);
-  EXPECT_EQ(commands(), (Commands{199, 7}));
+  EXPECT_EQ(commands(), (Cmds{199, 7}));
 }
 
-TEST_F(Journal, EspVariantDestinationAndSession) {
+TEST_F(Journal, EspVariantAndUnwritableDestination) {
   push(216, 0, packet("z"));
   push(216, 0, end_mark());
   EXPECT_EQ(E4LeMFDEsp(42, 2, "1", "3", "e.txt"), 0);
   EXPECT_EQ(read_file("e.txt"), "z");
-  EXPECT_TRUE(logged("E4LeMFDEsp5600 - inicio - Usuario=42 Tipo=2 Inicio=1 Final=3 arqDestino=e.txt"));
 
   vp_clear_calls();
   EXPECT_EQ(E4LeMFD(1, "1", "2", "no/such/dir/mfd.txt"), 2902);
   EXPECT_EQ(E4LMFSerial(1, 0, "1", "2", nullptr), 2902);
   EXPECT_EQ(vp_count_cmd(199) + vp_count_cmd(206), 0);
-
-  E4Close();
-  vp_clear_calls();
-  EXPECT_EQ(E4LeMFDEsp(9, 1, "1", "2", "x.txt"), 2869);
-  EXPECT_EQ(E4LMFSerial(1, 0, "1", "2", "x.txt"), 2869);
-  EXPECT_EQ(E4LMF(1, 0, "1", "2"), 2869);
-  EXPECT_FALSE(file_exists("x.txt"));
-  EXPECT_TRUE(commands().empty());
 }
 
 TEST_F(Journal, FiscalMemoryTransferByReductionOrByDate) {
@@ -110,8 +88,8 @@ TEST_F(Journal, FiscalMemoryTransferByReductionOrByDate) {
   push(206, 0, end_mark());
   EXPECT_EQ(E4LMFSerial(2, 1, "5", "12", "mf.txt"), 0);
   EXPECT_EQ(read_file("mf.txt"), "MF 1\r\n");
-  EXPECT_EQ(nth_input(206, 0), cat(counter(0), {0x00, 0x05, 0x00, 0x12, 'S', 'T', 0}));
-  EXPECT_EQ(nth_input(206, 2), cat(counter(2), kMark));
+  EXPECT_EQ(nth_input(206, 0), (counter(0) + Bytes{0x00, 0x05, 0x00, 0x12, 'S', 'T', 0}));
+  EXPECT_EQ(nth_input(206, 2), counter(2) + kMark);
 
   // Type 0 by date: "T" and no operator; the acknowledgement's result counts.
   write_file("NomeOper.cfg", "MARIA");
@@ -120,7 +98,7 @@ TEST_F(Journal, FiscalMemoryTransferByReductionOrByDate) {
   EXPECT_EQ(E4LMFSerial(0, 0, "01012024", "31012024", "mf.txt"), 2561);
   Bytes block = text("0101202431012024CT");
   block.resize(38, 0);
-  EXPECT_EQ(nth_input(194, 0), cat(counter(0), block));
+  EXPECT_EQ(nth_input(194, 0), counter(0) + block);
 
   // Any refused packet fails the transfer, without command 7.
   push(206, 0, packet("abc"));
@@ -133,21 +111,20 @@ TEST_F(Journal, FiscalMemoryTransferByReductionOrByDate) {
 TEST_F(Journal, PrintedReadingByReductionOrByDateAndCut) {
   write_file("NomeOper.cfg", "ABCDEFGHIJKLMNOPQRSTUVWXYZ");
   EXPECT_EQ(E4LMF(1, 0, "5", "12"), 0);
-  EXPECT_EQ(commands(), (Commands{166, 224}));
+  EXPECT_EQ(commands(), (Cmds{166, 224}));
   EXPECT_EQ(operations()[0].flag, 0);
-  EXPECT_EQ(params(166),
-            cat({0x00, 0x05, 0x00, 0x12}, cat(text("ABCDEFGHIJKLMNOPQRST"), {0, 0})));
+  EXPECT_EQ(payload(166), (Bytes{0x00, 0x05, 0x00, 0x12} + texts({"ABCDEFGHIJKLMNOPQRST", ""})));
 
   std::remove("NomeOper.cfg");  // no operator: the name is left out
   EXPECT_EQ(E4LMF(1, 1, "0001", "0002"), 0);
-  EXPECT_EQ(params(168), (Bytes{0x00, 0x01, 0x00, 0x02, 0, 0}));
+  EXPECT_EQ(payload(168), (Bytes{0x00, 0x01, 0x00, 0x02, 0, 0}));
 
   write_file("NomeOper.cfg", "JO");
   vp_clear_calls();
   EXPECT_EQ(E4LMF(2, 1, "01012024", "31012024"), 0);
   Bytes block = text("0101202431012024SIJO");
   block.resize(38, 0);
-  EXPECT_EQ(params(194), block);
+  EXPECT_EQ(payload(194), block);
 
   vp_clear_calls();
   push(194, 1);  // refused: no cut
@@ -182,11 +159,11 @@ TEST_F(Journal, DateRangeIsReadByCooFoundInTheFiscalMemory) {
   push(199, 0, end_mark());
   EXPECT_EQ(E4LeMFD(0, "10032024", "15032024", "mfd.txt"), 0);
   EXPECT_EQ(read_file("mfd.txt"), "journal");
-  EXPECT_EQ(commands(), (Commands{10, 133, 194, 194, 194, 199, 199, 199}));
+  EXPECT_EQ(commands(), (Cmds{10, 133, 194, 194, 194, 199, 199, 199}));
   EXPECT_EQ(last_input(133).at(2), 3);
   const Bytes block = nth_input(194, 0);  // ten days back from the day after DataIni
   EXPECT_EQ(std::string(block.begin() + 2, block.begin() + 18), "0103202415032024");
-  EXPECT_EQ(nth_input(199, 0), cat(counter(0), {0x00, 0x01, 0x01, 0x00, 0x02, 0x50, 'T'}));
+  EXPECT_EQ(nth_input(199, 0), (counter(0) + Bytes{0x00, 0x01, 0x01, 0x00, 0x02, 0x50, 'T'}));
   EXPECT_TRUE(logged("E4LeMFD5600 - Tratamento especial datas convertidas para COOI=000101 e COOF=000250"));
   EXPECT_FALSE(file_exists("espelho.log"));
   EXPECT_FALSE(file_exists("datas.log"));
@@ -200,17 +177,16 @@ TEST_F(Journal, DateRangeIsReadByCooFoundInTheFiscalMemory) {
   EXPECT_EQ(E4LeMFD(0, "10032024", "20032024", "mfd.txt"), 0);
   const Bytes second = nth_input(194, 3);
   EXPECT_EQ(std::string(second.begin() + 2, second.begin() + 10), "20022024");
-  EXPECT_EQ(nth_input(199, 0), cat(counter(0), {0x00, 0x08, 0x01, 0x00, 0x09, 0x99, 'T'}));
+  EXPECT_EQ(nth_input(199, 0), (counter(0) + Bytes{0x00, 0x08, 0x01, 0x00, 0x09, 0x99, 'T'}));
 }
 
 TEST_F(Journal, DateRangeFallsBackToReadingByDate) {
-  const Bytes by_date = cat(counter(0), text("1003202415032024T"));
+  const Bytes by_date = counter(0) + text("1003202415032024T");
   script_printer("15032024", "000250", 1);  // the printer forbids the conversion
   push(195, 0, end_mark());
   EXPECT_EQ(E4LeMFD(0, "10032024", "15032024", "mfd.txt"), 0);
-  EXPECT_EQ(commands(), (Commands{10, 133, 195, 195}));
+  EXPECT_EQ(commands(), (Cmds{10, 133, 195, 195}));
   EXPECT_EQ(nth_input(195, 0), by_date);
-  EXPECT_TRUE(logged("E4LeMFD5600 - Tratamento especial nao eh necessario"));
 
   // A reading not closed by a blank line ends the search at once.
   vp_clear_calls();
@@ -218,7 +194,7 @@ TEST_F(Journal, DateRangeFallsBackToReadingByDate) {
   script_reading("0001 001 000100  05/03/2024 23:00:00\r\n");
   push(195, 0, end_mark());
   EXPECT_EQ(E4LeMFD(0, "10032024", "15032024", "mfd.txt"), 0);
-  EXPECT_EQ(commands(), (Commands{10, 133, 194, 194, 194, 195, 195}));
+  EXPECT_EQ(commands(), (Cmds{10, 133, 194, 194, 194, 195, 195}));
   EXPECT_EQ(nth_input(195, 0), by_date);
   EXPECT_FALSE(file_exists("espelho.log"));
 }

@@ -1,7 +1,6 @@
-// The free-number search and the single register detail.
+// The search for the first free number of a category.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -35,7 +34,6 @@ TEST_F(Session, FreeNumberSearch) {
     EXPECT_EQ(Proximo_Registrador_Livre(c.tipo, &livre), c.ret);
     EXPECT_EQ(livre, c.livre);
   }
-  EXPECT_TRUE(logged("Proximo_Registrador_Livre5600 - fim com ret=0 - RegLivre=62 "));
   push(38, 10);
   std::uint8_t livre = 9;
   EXPECT_EQ(Proximo_Registrador_Livre(5, &livre), 2570);
@@ -43,23 +41,4 @@ TEST_F(Session, FreeNumberSearch) {
   // The walk's cache is not touched.
   EXPECT_EQ(Ultima_Categoria_Lida, 0);
   EXPECT_EQ(TamListaRegistradores, 0);
-}
-
-TEST_F(Session, RegisterDetail) {
-  std::vector<std::uint8_t> reply = bytes_with(0, 3, std::string(27, 'D'));
-  reply[1] = '-';
-  vp_push_reply_len(33, 0, reply.data(), 30, 43);  // longer than the 30-byte buffer
-  char parametro = 'x';
-  char descricao[60];
-  std::memset(descricao, 'x', sizeof descricao);
-  EXPECT_EQ(Detalhe_Registrador_Parcial(41, &parametro, descricao), 0);
-  EXPECT_EQ(parametro, '-');
-  EXPECT_EQ(std::string(descricao), std::string(27, 'D'));  // a 30-byte reply
-  EXPECT_EQ(last_input(33), (std::vector<std::uint8_t>{last_input(33)[0], last_input(33)[1], 41}));
-  EXPECT_TRUE(logged("Detalhe_Registrador_Parcial5600 - fim com ret=0 - Descricao=" + std::string(27, 'D') +
-                     " - Paramatro=-  "));
-  push(33, 10);
-  EXPECT_EQ(Detalhe_Registrador_Parcial(41, &parametro, descricao), 2570);
-  EXPECT_EQ(std::string(1, parametro) + descricao, std::string(1, '\0'));
-  EXPECT_EQ(Detalhe_Registrador_Parcial(41, nullptr, nullptr), 0);
 }

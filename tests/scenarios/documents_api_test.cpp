@@ -13,46 +13,6 @@ using namespace orbtest;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-using Cmds = std::vector<int>;
-
-// The commands sent, leaving out the driver's last-error read (command 3) that
-// follows every failure.
-Cmds sent() {
-  Cmds out;
-  for (int c : commands())
-    if (c != 3) out.push_back(c);
-  return out;
-}
-
-// The inputs of every `cmd` sent, after their two sequence bytes.
-std::vector<Bytes> payloads(int cmd) {
-  std::vector<Bytes> out;
-  for (const auto& c : operations())
-    if (Bytes in = input(c); c.cmd == cmd && in.size() >= 2) out.emplace_back(in.begin() + 2, in.end());
-  return out;
-}
-Bytes payload(int cmd) {
-  auto all = payloads(cmd);
-  return all.empty() ? Bytes{} : all.back();
-}
-
-// Texts laid end to end, each with its NUL.
-Bytes texts(std::initializer_list<std::string> ts) {
-  Bytes out;
-  for (const auto& t : ts) {
-    out.insert(out.end(), t.begin(), t.end());
-    out.push_back(0);
-  }
-  return out;
-}
-Bytes operator+(Bytes a, const Bytes& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
-
-void state(std::uint8_t s) { stick(6, 0, {s, 0}); }
-
 using Documents = Session;
 
 constexpr const char* kStatus = "ArqRegPgto.sts";

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <string>
 
-#include "frame/dumplog.h"
 #include "state/payment_records.h"
 #include "support/fixture.h"
 
@@ -60,12 +59,10 @@ TEST_F(Session, CurrentCouponRecordsAndReaders) {
   EXPECT_EQ(Incluir_Indice_Pagamento_EmissaoCCD(1), 0);
   EXPECT_EQ(read_file("EcfZandor.ind"), "$1");
   EXPECT_EQ(indice(1), 3);
-  EXPECT_TRUE(logged("Ler_Indice_Pagamento5600 - Verificar_IndicePagto_EmissaoCCD-StatusUso=1"));
   EXPECT_EQ(Incluir_Indice_Pagamento_EmissaoCCD(3), 0);
   std::uint16_t ret = 1;
   EXPECT_EQ(indice(1, &ret), 0);
   EXPECT_EQ(ret, 0);
-  EXPECT_TRUE(logged("Ler_Indice_Pagamento5600 - fim com ret=0 - Indice=0 "));
 }
 
 TEST_F(Fresh, CurrentCouponOrdinalsQuirks) {
@@ -141,7 +138,6 @@ TEST_F(Session, DayRecordLines) {
   EXPECT_EQ(Incluir_Indice_COO(NOME_ARQ_PAGTOPORCOO, nullptr, "CNF"), 0);
   EXPECT_EQ(Incluir_Indice_PagamentoCOO(3, NOME_ARQ_PAGTOPORCOO), 0);
   EXPECT_EQ(read_file("EcfZandorCoo.pgt"), "\nCPF000123$1$12\r\n\nCNF000124$3");
-  EXPECT_TRUE(logged("Incluir_Indice_COO5600 -Fim - ret=0"));
 
   // The voucher file takes the COO given, and only once per COO.
   vp_clear_calls();
@@ -159,7 +155,6 @@ TEST_F(Session, DayRecordLines) {
   EXPECT_EQ(flag, 1);
   EXPECT_EQ(Verifica_ExisteCOO_ArqIndPgtoporCOO("000125", &flag), 0);
   EXPECT_EQ(flag, 0);
-  EXPECT_TRUE(logged("Verifica_ExisteCOO_ArqIndPgtoporCOO5600 fim do arquivo."));
 
   // A failed COO read starts no record.
   stick(133, 2302);
@@ -169,14 +164,12 @@ TEST_F(Session, DayRecordLines) {
 }
 
 TEST_F(Fresh, DayOrdinalsFollowTheFixedStride) {
-  AbreArquivoLog();
   write_file("EcfZandorCOO.ind", "");
   write_file("EcfZandorCoo.pgt", "\nCPF000122$12\r\n\nCPF000123$1$12");
   EXPECT_EQ(indice_coo("000123", 12), 0);  // "$1" hides the "$" of "$12"
   EXPECT_EQ(indice_coo("000123", 1), 1);
   write_file("EcfZandorCoo.pgt", "\nCPF000122$12\r\n\nCPF000123$01$12");
   EXPECT_EQ(indice_coo("000123", 12), 2);
-  EXPECT_TRUE(logged("Ler_Indice_PagamentoCOO5600 - bufAux=12"));
   // Other than six characters never matches.
   EXPECT_EQ(indice_coo("00123", 12), 0);
   EXPECT_EQ(indice_coo(nullptr, 12), 0);

@@ -31,7 +31,7 @@ TEST_F(Session, SettingTheTemporaryNumber) {
   EXPECT_EQ(trataArqRegPgtoStatus(1, "0"), 0);
   EXPECT_EQ(vp_count_cmd(245), 3);
   // Every attempt repeats the same command, sequence field included.
-  std::vector<std::vector<std::uint8_t>> tentativas;
+  std::vector<Bytes> tentativas;
   for (const auto& op : operations())
     if (op.cmd == 245) tentativas.push_back(input(op));
   ASSERT_EQ(tentativas.size(), 3U);
@@ -50,9 +50,8 @@ TEST_F(Session, SettingTheTemporaryNumber) {
 TEST_F(Session, RestoringTheSavedNumber) {
   estado("20042");
   EXPECT_EQ(trataArqRegPgtoStatus(3, "0"), 0);
-  EXPECT_EQ(commands(), (std::vector<int>{245, 160, 224}));
-  const auto loja = last_input(245);
-  EXPECT_EQ(std::string(loja.begin() + 2, loja.end()), std::string("0042\0", 5));
+  EXPECT_EQ(commands(), (Cmds{245, 160, 224}));
+  EXPECT_EQ(payload(245), texts({"0042"}));
   EXPECT_EQ(last_input(160).size(), 4U);
   EXPECT_NE(last_input(160)[0], last_input(245)[0]);  // a new sequence number
   EXPECT_EQ(read_file(kArquivo), "00042");
@@ -60,7 +59,7 @@ TEST_F(Session, RestoringTheSavedNumber) {
   // Asked for, a management report follows.
   estado("20042");
   EXPECT_EQ(trataArqRegPgtoStatus(3, "1"), 0);
-  EXPECT_EQ(commands(), (std::vector<int>{245, 160, 224, 220}));
+  EXPECT_EQ(commands(), (Cmds{245, 160, 224, 220}));
 
   // The closing command refused: the next open closes it.
   estado("20042");

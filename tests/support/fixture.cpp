@@ -1,5 +1,6 @@
 #include "support/fixture.h"
 
+#include <dlfcn.h>
 #include <sys/stat.h>
 
 #include <cstring>
@@ -7,6 +8,7 @@
 #include <sstream>
 
 #include "orbelan.h"
+#include "recorder.h"
 
 namespace orbtest {
 
@@ -99,6 +101,67 @@ std::vector<std::uint8_t> bytes_with(std::size_t size, std::size_t at, const std
   return b;
 }
 
+int count_calls(int kind) {
+  int n = 0;
+  for (int i = 0; i < vp_call_count(); ++i) n += vp_get_call(i)->kind == kind;
+  return n;
+}
+
+Bytes operator+(Bytes a, const Bytes& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+Bytes texts(std::initializer_list<std::string> ts) {
+  Bytes out;
+  for (const auto& t : ts) {
+    out.insert(out.end(), t.begin(), t.end());
+    out.push_back(0);
+  }
+  return out;
+}
+
+Cmds sent() {
+  Cmds out;
+  for (int c : commands())
+    if (c != 3) out.push_back(c);
+  return out;
+}
+
+std::vector<Bytes> payloads(int cmd) {
+  std::vector<Bytes> out;
+  for (const auto& c : operations())
+    if (Bytes in = input(c); c.cmd == cmd && in.size() >= 2) out.emplace_back(in.begin() + 2, in.end());
+  return out;
+}
+
+Bytes payload(int cmd) {
+  auto all = payloads(cmd);
+  return all.empty() ? Bytes{} : all.back();
+}
+
+void state(std::uint8_t s) { stick(6, 0, {s, 0}); }
+
+void reply(int cmd, const std::string& text, int result) { push(cmd, result, bytes_with(30, 1, text)); }
+
+void use_peripheral_doubles() {
+  write_file("quorvel.conf", "[QuorvelPOS\\ImpressoraFiscal]\nTIPO_PD=1\n");
+  for (const std::string lib : {"pd_cheque", "pd_autentica", "pd_cmc7"})
+    redirect_dlopen("lib" + lib + ".so", double_path(lib));
+}
+
+bool double_loaded(const std::string& name) {
+  void* h = dlopen(double_path(name).c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  if (h != nullptr) dlclose(h);
+  return h != nullptr;
+}
+
+std::vector<std::string> double_calls(int from) {
+  std::vector<std::string> out;
+  for (int i = from; i < dbl_count(); ++i) out.push_back(std::string(dbl_get(i)->fn) + "(" + dbl_get(i)->args + ")");
+  return out;
+}
+
 void Fresh::SetUp() {
   vp_reset();
   enable_trace(1);
@@ -112,5 +175,11 @@ void Session::SetUp() {
 }
 
 void Session::TearDown() { E4Close(); }
+
+void PdSession::SetUp() {
+  use_peripheral_doubles();
+  Session::SetUp();
+  dbl_reset();
+}
 
 }  // namespace orbtest

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <string>
 
+#include "vprinter.h"
+
 int main(int argc, char** argv) {
   ::testing::InitGoogleTest(&argc, argv);
   char dir[] = "/tmp/orbelan-test-XXXXXX";
@@ -15,6 +17,9 @@ int main(int argc, char** argv) {
     std::perror("orbelan tests: temporary directory");
     return 2;
   }
+  // The suites script the printer's replies themselves; a test that wants the
+  // virtual printer's fiscal model switches it on explicitly.
+  vp_use_model(0);
   const int rc = RUN_ALL_TESTS();
   if (chdir("/") == 0 && getenv("ORBELAN_KEEP_TMP") == nullptr) {
     std::error_code ec;
