@@ -47,7 +47,8 @@ std::uint16_t le_montante(int cmd, std::size_t inicio, int marcador, float* out)
   if (ret == 0 && (marcador < 0 || r[0] == marcador)) {
     std::array<char, 21> texto{};
     copy_text(texto, r.text(inicio));
-    if (out != nullptr) *out = static_cast<float>(std::atol(texto.data()));
+    // Read as 64 bits on every target (a long is 32 bits on i386).
+    if (out != nullptr) *out = static_cast<float>(std::atoll(texto.data()));
   }
   return ret;
 }
