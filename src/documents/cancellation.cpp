@@ -20,6 +20,7 @@
 #include "frame/lock.h"
 #include "frame/result.h"
 #include "frame/session.h"
+#include "frame/sums.h"
 #include "frame/text.h"
 #include "orbelan.h"
 #include "registers/values.h"
@@ -70,10 +71,10 @@ std::uint16_t estorna_vouchers(std::int32_t qtdeAvanco, char CortaPapel) {
   std::int32_t emitido = 0;
   ret = analisaEstorno(coo.data(), &qtde, tipo.data(), &emitido);
   if (ret != 0 || qtde == 0) return ret;
-  long numero = std::atol(coo.data());
-  for (std::uint32_t i = 0; i < qtde && ret == 0; ++i, --numero) {
+  long long numero = valor_texto(coo.data());
+  for (std::uint32_t i = 0; i < qtde && ret == 0; ++i, numero = diferenca_limitada(numero, 1)) {
     std::array<char, 24> texto{};
-    std::snprintf(texto.data(), texto.size(), "%06ld", numero);
+    std::snprintf(texto.data(), texto.size(), "%06lld", numero);
     ret = CancelaCupomCCD(texto.data(), qtdeAvanco, CortaPapel);
     if (ret == 0) ret = Finalizar(nullptr, qtdeAvanco, CortaPapel);
   }
@@ -270,7 +271,9 @@ std::uint16_t analisaEstorno(const char* nCooCCDCanc, std::uint32_t* iQtdeCCD, c
         std::memcpy(tipo.data(), registro.data(), 3);
         std::array<char, 7> coo_cupom{};
         std::memcpy(coo_cupom.data(), registro.data() + 3, 6);
-        if (std::atol(coo_atual) - std::atol(coo_cupom.data()) == static_cast<long>(qtde)) emitido = 1;
+        if (diferenca_limitada(valor_texto(coo_atual), valor_texto(coo_cupom.data())) == static_cast<long long>(qtde)) {
+          emitido = 1;
+        }
         if (sTipoDoc != nullptr) std::memcpy(sTipoDoc, tipo.data(), tipo.size());
         if (iStDocEmitido != nullptr) *iStDocEmitido = emitido;
       }
