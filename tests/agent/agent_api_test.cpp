@@ -1,5 +1,6 @@
 // The monitoring agent seen through the plug-in double: its start at the
 // session open, the inventory message, the events reported and their groups.
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -19,18 +20,19 @@ const std::string kSemErro = "Nao ocorreu erro na impressora" + kSerie;
 
 // A SendInf as the double records it, with the fields of its type.
 std::string send(const std::string& cod, const std::string& tipo, const std::string& compl_) {
-  const std::string campos = tipo == "01" ? "[HW1     ][TH1     ]" : tipo == "02" ? "[SW1     ][        ]"
-                                                                                 : "[        ][        ]";
+  const std::string campos = tipo == "01"   ? "[HW1     ][TH1     ]"
+                             : tipo == "02" ? "[SW1     ][        ]"
+                                            : "[        ][        ]";
   return "SendInf([" + cod + "][" + tipo + "]" + campos + "[FB1     ][0][0][" + compl_ + "])";
 }
 
 class Agent : public Fresh {
  protected:
-  static void configura(const std::string& ovsetings, const std::string& extra = "") {
+  static void configura(const std::string& ovsetings, const std::string& extra) {
     write_file("quorvel.conf", kSecao + "OVSetings=" + ovsetings + "\n" + kTerminal + extra);
     vp_answer_identity();
     stick(133, 0, bytes_with(20, 1, "000000000000000012"));  // reductions made
-    stick(14, 0, bytes_with(13, 9, "7550"));                  // journal 75.50% free
+    stick(14, 0, bytes_with(13, 9, "7550"));                 // journal 75.50% free
   }
   void abre(const std::string& ovsetings = "1111", const std::string& extra = "") {
     configura(ovsetings, extra);
@@ -41,21 +43,31 @@ class Agent : public Fresh {
   int inicio = 0;
 };
 
-TEST_F(Agent, OpenRegistersTheTerminalAndSendsTheDayStateAndTheInventory) {
+const std::string kErro38 = "Erro retornado pela impressora = 38" + kSerie;
+
+// After a close the first result is not reported: when the next open fails on
+// its second query, only that failure reaches the agent, not a recovery.
+TEST_F(Agent, OpenSendsTheDayStateAndTheInventoryCloseStopsTheAgent) {
   abre();
   EXPECT_EQ(double_calls(), (std::vector<std::string>{
-                          "StartInfOV([CAIXA01 ][UL01    ][60])",
-                          send("INFODIA ", "03", " Ainda nao ocorreu Reducao Z de Fechamento de Dia "),
-                          "SendInfGen([INVCAIXA01 UL01    22/11/2026 10:30:0001TH1     |HW1     |FB1     |"
-                          "Numero de Serie|ZD010203040506070809|Versao Aplic|Orbelan 5600|Firmware|V01.05.02|"
-                          "Modelo|MZ-5600 FI|Marca|ZANDOR|Reducoes Z Restantes|2178|"
-                          "Reducao Z|000000000000000012|Percentual MFD|002450|\\xAF|])"}));
+                                "StartInfOV([CAIXA01 ][UL01    ][60])",
+                                send("INFODIA ", "03", " Ainda nao ocorreu Reducao Z de Fechamento de Dia "),
+                                "SendInfGen([INVCAIXA01 UL01    22/11/2026 10:30:0001TH1     |HW1     |FB1     |"
+                                "Numero de Serie|ZD010203040506070809|Versao Aplic|Orbelan 5600|Firmware|V01.05.02|"
+                                "Modelo|MZ-5600 FI|Marca|ZANDOR|Reducoes Z Restantes|2178|"
+                                "Reducao Z|000000000000000012|Percentual MFD|002450|\\xAF|])"}));
+  E4PutError(2869);
   ASSERT_EQ(E4Close(), 0);
-  EXPECT_EQ(double_calls(inicio), std::vector<std::string>{"StopInfOV([0])"});
+  EXPECT_EQ(double_calls(inicio), (std::vector<std::string>{send("2869    ", "02", kSemErro), "StopInfOV([0])"}));
   EXPECT_FALSE(double_loaded("OAPlugin"));
+  push(86, 38);
+  inicio = dbl_count();
+  EXPECT_EQ(E4Open(0, 0), 2872);
+  EXPECT_EQ(double_calls(inicio), (std::vector<std::string>{"StartInfOV([CAIXA01 ][UL01    ][60])",
+                                                            send("2872    ", "03", kErro38), "StopInfOV([0])"}));
 }
 
-TEST_F(Agent, ErrorsRecoveryAndDuplicates) {
+TEST_F(Agent, ErrorsRecoveryDuplicatesAndFailedSends) {
   abre();
   E4PutError(2869);
   E4PutError(2869);  // the same code again is not sent
@@ -70,20 +82,9 @@ TEST_F(Agent, ErrorsRecoveryAndDuplicates) {
                                       send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro),
                                       send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro),
                                       send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro),
-                                      send("2872    ", "03", "Erro retornado pela impressora = 38" + kSerie),
-                                      send("INFODIA ", "03", "dia|x")}));
-}
-
-TEST_F(Agent, CodesNotReported) {
-  abre("1110");
-  E4PutError(2869);  // group 4, switched off
-  E4PutError(196);   // in no group
-  EXPECT_TRUE(double_calls(inicio).empty());
-  EXPECT_TRUE(logged("infOvitra5600 Erro 196 nao listado, nao reportado ao OV"));
-}
-
-TEST_F(Agent, FailedSendIsNotRememberedAndStopsTheRecovery) {
-  abre();
+                                      send("2872    ", "03", kErro38), send("INFODIA ", "03", "dia|x")}));
+  // A send that fails is not remembered, and stops the recovery.
+  inicio = dbl_count();
   dbl_push_result("SendInf", 0);
   E4PutError(2869);  // fails: sent again next time
   E4PutError(2869);
@@ -93,6 +94,11 @@ TEST_F(Agent, FailedSendIsNotRememberedAndStopsTheRecovery) {
   EXPECT_EQ(double_calls(inicio).size(), 4u);
   E4PutError(0);
   EXPECT_EQ(double_calls(inicio).size(), 7u);
+  // A failed reduction.
+  inicio = dbl_count();
+  push(162, 38);
+  EXPECT_EQ(E4IniCP(5, "0"), 2872);
+  EXPECT_EQ(double_calls(inicio).front(), send("2950    ", "02", "Erro ao emitir Reducao Z|Erro Impressora = 38||"));
 }
 
 TEST_F(Agent, ConfiguredGroups) {
@@ -111,70 +117,49 @@ TEST_F(Agent, ConfiguredGroups) {
     EXPECT_TRUE(logged("infOvitra5600 Erro " + std::to_string(code) + " nao listado, nao reportado ao OV"));
 }
 
-TEST_F(Agent, DefaultGroupsWhenTheConfiguredOnesAreEmptyOrIncomplete) {
-  for (const std::string grupos : {"OVConfGrupo1=\nOVConfGrupo2=\nOVConfGrupo3=\nOVConfGrupo4=\n",
+// No groups configured, all empty or some incomplete: the default table (2869
+// in group 4, type 02; 196 in none), each group switched by OVSetings.
+TEST_F(Agent, DefaultGroupsAndCodesNotReported) {
+  for (const std::string grupos : {"", "OVConfGrupo1=\nOVConfGrupo2=\nOVConfGrupo3=\nOVConfGrupo4=\n",
                                    "OVConfGrupo1=03,1001,\nOVConfGrupo2=01,\nOVConfGrupo3=02,\n"}) {
-    SCOPED_TRACE(grupos);
-    abre("1111", grupos);
-    E4PutError(2869);
-    EXPECT_EQ(double_calls(inicio), std::vector<std::string>{send("2869    ", "02", kSemErro)});
-    E4PutError(0);
-    ASSERT_EQ(E4Close(), 0);
+    for (const std::string ovsetings : {"1111", "1110"}) {
+      SCOPED_TRACE(ovsetings + " " + grupos);
+      write_file("Orbelan.txt", "");
+      abre(ovsetings, grupos);
+      E4PutError(2869);
+      E4PutError(196);
+      EXPECT_EQ(double_calls(inicio), ovsetings == "1111" ? std::vector<std::string>{send("2869    ", "02", kSemErro)}
+                                                          : std::vector<std::string>{});
+      EXPECT_TRUE(logged("infOvitra5600 Erro 196 nao listado, nao reportado ao OV"));
+      ASSERT_EQ(E4Close(), 0);
+    }
   }
 }
 
-TEST_F(Agent, FailedReductionIsReported) {
-  abre();
-  push(162, 38);
-  EXPECT_EQ(E4IniCP(5, "0"), 2872);
-  EXPECT_EQ(double_calls(inicio).front(), send("2950    ", "02", "Erro ao emitir Reducao Z|Erro Impressora = 38||"));
-}
-
-// The plug-in missing, lacking an entry point or refusing to start: the open
-// fails before the printer is initialised, with the trace switched off, and
-// the plug-in is not kept.
+// The plug-in refusing to start, lacking an entry point or missing (each
+// preparation stays in force for the next): the open fails before the printer
+// is initialised, with the trace switched off, and the plug-in is not kept.
 TEST_F(Agent, PluginThatCannotBeUsedFailsTheOpen) {
-  struct Caso {
-    const char* nome;
-    void (*prepara)();
-    const char* linha;
-  };
-  const Caso casos[] = {
-      // Each case's preparation stays in force for the next ones.
-      {"nao inicia", [] { dbl_set_result("StartInfOV", 0); }, "iniciaOV5600 A biblioteca OV nao foi iniciada ret=0"},
-      {"sem SendInf", [] { redirect_dlopen(kAgentPluginPath, double_path("OAPlugin_semSendInf")); },
+  const std::pair<void (*)(), const char*> casos[] = {
+      {[] { dbl_set_result("StartInfOV", 0); }, "iniciaOV5600 A biblioteca OV nao foi iniciada ret=0"},
+      {[] { redirect_dlopen(kAgentPluginPath, double_path("OAPlugin_semSendInf")); },
        "LoadlibInfOV5600 Erro funcao SendInf nao encontrada erro="},
-      {"ausente", [] { fail_dlopen(kAgentPluginPath); }, "LoadlibInfOV5600 erro="},
+      {[] { fail_dlopen(kAgentPluginPath); }, "LoadlibInfOV5600 erro="},
   };
-  for (const Caso& c : casos) {
-    SCOPED_TRACE(c.nome);
+  for (const auto& [prepara, linha] : casos) {
+    SCOPED_TRACE(linha);
     write_file("Orbelan.txt", "");
-    configura("1");
-    c.prepara();
+    configura("1", "");
+    prepara();
     EXPECT_EQ(E4Open(0, 0), 2900);
     const auto linhas = log_lines();
     EXPECT_EQ(linhas.back(), "E4Open5600 Erro 2900");
-    EXPECT_NE(std::find_if(linhas.begin(), linhas.end(), [&](const std::string& l) { return l.starts_with(c.linha); }),
-              linhas.end());
+    EXPECT_TRUE(std::any_of(linhas.begin(), linhas.end(), [&](const std::string& l) { return l.starts_with(linha); }));
     EXPECT_EQ(count_calls(VP_INICIALIZA), 0);
     EXPECT_FALSE(double_loaded("OAPlugin"));
     EXPECT_FALSE(double_loaded("OAPlugin_semSendInf"));
     enable_trace(1);
   }
-}
-
-// After a close the first result is not reported: when the next open fails on
-// its second query, only that failure reaches the agent, not a recovery.
-TEST_F(Agent, FirstResultAfterCloseIsNotReported) {
-  abre();
-  E4PutError(2869);
-  ASSERT_EQ(E4Close(), 0);
-  push(86, 38);
-  const int antes = dbl_count();
-  EXPECT_EQ(E4Open(0, 0), 2872);
-  EXPECT_EQ(double_calls(antes), (std::vector<std::string>{"StartInfOV([CAIXA01 ][UL01    ][60])",
-                                                     send("2872    ", "03", "Erro retornado pela impressora = 38" + kSerie),
-                                                     "StopInfOV([0])"}));
 }
 
 }  // namespace

@@ -1,6 +1,9 @@
-// Closing the open document by the printer's state, the closing message, and
-// the paper advance and cut.
+// Closing the open document by the printer's state, the closing message, the
+// paper advance and cut; cancelling the open document by its state, or the
+// last one by its recorded type, with the reversal of its vouchers.
+#include <cstdio>
 #include <string>
+#include <tuple>
 
 #include "orbelan.h"
 #include "support/fixture.h"
@@ -9,35 +12,52 @@ using namespace orbtest;
 
 namespace {
 
-Bytes bytes(const std::string& s) { return Bytes(s.begin(), s.end()); }
+void next_state(std::uint8_t s) { push(6, 0, {s, 0}); }
 
-using Closing = Session;
+// The day's payment lines ending with `last_coupon`, and the voucher index of
+// coupon 100 with its voucher ordinals.
+void day_files(const std::string& last_coupon, const std::string& ordinals) {
+  write_file("EcfZandorCoo.pgt", "\nCPF000099$60\r\n\n" + last_coupon);
+  write_file("EcfZandorCOO.ind", "\nCOO000100" + ordinals);
+}
+
+// The register reads (133) answer the COO, or the CCF when a cancelled fiscal
+// coupon is recorded beside the business date (139).
+class Closing : public Session {
+ protected:
+  void SetUp() override {
+    Session::SetUp();
+    stick(139, 0, bytes_with(10, 1, "15032024"));
+  }
+};
+using Cancel = Closing;
 
 }  // namespace
 
-TEST_F(Closing, DispatchOnTheDocumentState) {
-  struct Row {
-    std::uint8_t state;
-    unsigned short ret;
-    std::vector<int> cmds;
+TEST_F(Closing, DispatchOnTheDocumentStateAndFailures) {
+  // State, a command refused (or 0), result, commands. Fiscal closings end with
+  // the CCF read of the item-increase bookkeeping (133); 22 is only totalled;
+  // 24 is totalled again before its amounts.
+  const std::tuple<std::uint8_t, int, unsigned short, Cmds> rows[] = {
+      {0, 0, 0, {6}},         {2, 0, 2862, {6}},     {19, 0, 2634, {6}},   {9, 0, 0, {6}},
+      {14, 0, 0, {6, 6, 188, 6, 142, 224, 133}},     {15, 0, 0, {6, 6, 6, 189, 142, 224, 133}},
+      {16, 0, 0, {6, 142, 224, 133}},                {17, 0, 0, {6, 228, 224}},
+      {18, 0, 0, {6, 228, 224}},                     {20, 0, 0, {6, 153, 158, 224}},
+      {21, 0, 0, {6, 158, 224}},                     {22, 0, 0, {6, 153}},
+      {23, 0, 0, {6, 6, 188, 6, 158, 224}},          {24, 0, 0, {6, 153, 6, 188, 6, 189, 158, 224}},
+      {25, 0, 0, {6, 158, 224}},                     {26, 0, 0, {6, 221, 224}},
+      {27, 0, 0, {6, 229, 224}},
+      // A failure stops the remaining steps, but in 24 the amount received is
+      // printed whatever the totalling gave.
+      {16, 142, 2561, {6, 142}},                     {14, 188, 2561, {6, 6, 188}},
+      {24, 153, 0, {6, 153, 6, 188, 6, 189, 158, 224}},
   };
-  // Fiscal closings end with the CCF read of the item-increase bookkeeping
-  // (133); 22 is only totalled; 24 is totalled again before its amounts.
-  const std::vector<Row> rows = {
-      {0, 0, {6}},           {2, 2862, {6}},       {19, 2634, {6}},     {9, 0, {6}},
-      {14, 0, {6, 6, 188, 6, 142, 224, 133}},      {15, 0, {6, 6, 6, 189, 142, 224, 133}},
-      {16, 0, {6, 142, 224, 133}},                 {17, 0, {6, 228, 224}},
-      {18, 0, {6, 228, 224}},                      {20, 0, {6, 153, 158, 224}},
-      {21, 0, {6, 158, 224}},                      {22, 0, {6, 153}},
-      {23, 0, {6, 6, 188, 6, 158, 224}},           {24, 0, {6, 153, 6, 188, 6, 189, 158, 224}},
-      {25, 0, {6, 158, 224}},                      {26, 0, {6, 221, 224}},
-      {27, 0, {6, 229, 224}},
-  };
-  for (const auto& row : rows) {
+  for (const auto& [s, refused, ret, cmds] : rows) {
     vp_clear_calls();
-    state(row.state);
-    EXPECT_EQ(E4FimCP(0, nullptr), row.ret) << int(row.state);
-    EXPECT_EQ(sent(), row.cmds) << int(row.state);
+    state(s);
+    if (refused != 0) push(refused, 1);
+    EXPECT_EQ(E4FimCP(0, nullptr), ret) << int(s);
+    EXPECT_EQ(sent(), cmds) << int(s);
   }
 }
 
@@ -47,31 +67,11 @@ TEST_F(Closing, FiscalClosingCarriesMessageOperatorAndLateConsumer) {
   state(16);
   EXPECT_EQ(E4FimCP(7, "Volte sempre"), 0);
   EXPECT_EQ(sent(), (Cmds{6, 130, 142, 224, 133}));
-  EXPECT_EQ(payload(130), bytes(std::string("Volte sempre") + '\0'));
-  EXPECT_EQ(payload(142), bytes(std::string("\x05Maria\0Ana\0" "123\0Rua B\0", 21)));
+  EXPECT_EQ(payload(130), texts({"Volte sempre"}));
+  EXPECT_EQ(payload(142), Bytes{5} + texts({"Maria", "Ana", "123", "Rua B"}));
   // The consumer is spent: the next closing carries three empty texts.
   EXPECT_EQ(E4FimCup(), 0);
-  EXPECT_EQ(payload(142), bytes(std::string("\x05Maria\0\0\0\0", 10)));
-}
-
-TEST_F(Closing, FailuresStopTheRemainingSteps) {
-  state(16);
-  push(142, 1);
-  EXPECT_EQ(E4FimCP(0, nullptr), 2561);
-  EXPECT_EQ(sent(), (Cmds{6, 142}));
-
-  vp_clear_calls();
-  state(14);
-  push(188, 1);
-  EXPECT_EQ(E4FimCP(0, nullptr), 2561);
-  EXPECT_EQ(sent(), (Cmds{6, 6, 188}));
-
-  // In 24 the amount received is printed whatever the totalling gave.
-  vp_clear_calls();
-  state(24);
-  push(153, 1);
-  EXPECT_EQ(E4FimCP(0, nullptr), 0);
-  EXPECT_EQ(sent(), (Cmds{6, 153, 6, 188, 6, 189, 158, 224}));
+  EXPECT_EQ(payload(142), Bytes{5} + texts({"Maria", "", "", ""}));
 }
 
 TEST_F(Closing, LongMessageIsCutAndMasked) {
@@ -79,10 +79,10 @@ TEST_F(Closing, LongMessageIsCutAndMasked) {
   state(21);
   EXPECT_EQ(E4FimCP(0, msg.c_str()), 0);
   EXPECT_TRUE(logged("ControlarFinalizacaoCupom5600 - inicio - Prox=[" + msg.substr(0, 299) + "] - qtdeAvanco=[0]"));
-  EXPECT_EQ(payload(130), bytes("'" + std::string(251, 'x') + '\0'));
+  EXPECT_EQ(payload(130), texts({"'" + std::string(251, 'x')}));
 }
 
-TEST_F(Closing, CutSwitchAndManualCut) {
+TEST_F(Closing, CutSwitchManualCutAndPaperAdvance) {
   EXPECT_EQ(E4CortaPapel(), 2960);  // refused while closings cut, silently
   EXPECT_FALSE(logged("E4CortaPapel5600 - inicio "));
   EXPECT_EQ(E4CorteImp(2), 0);  // anything but 1 switches cutting off
@@ -92,20 +92,126 @@ TEST_F(Closing, CutSwitchAndManualCut) {
   EXPECT_EQ(sent(), (Cmds{6, 142, 133, 223, 224}));
   EXPECT_EQ(payload(223), Bytes{1});
   EXPECT_EQ(payload(224), Bytes{});
-
   vp_clear_calls();
   push(223, 1);
   EXPECT_EQ(E4CortaPapel(), 2561);
   EXPECT_EQ(sent(), Cmds{223});
-
   EXPECT_EQ(E4CorteImp(1), 0);
   EXPECT_EQ(E4CortaPapel(), 2960);
-}
-
-TEST_F(Closing, PaperAdvanceOnlyInStateZeroAndModulo256) {
+  vp_clear_calls();  // the advance: only in state 0, modulo 256
   EXPECT_EQ(E4AvancaPapel(1, 5), 0);
   EXPECT_TRUE(sent().empty());
   EXPECT_EQ(E4AvancaPapel(0, 300), 0);
   EXPECT_EQ(sent(), Cmds{223});
   EXPECT_EQ(payload(223), Bytes{44});
+}
+
+TEST_F(Cancel, OpenFiscalCouponIsCancelledAndRecorded) {
+  write_file("NomeOper.cfg", "Ana");
+  state(2);  // no preparation before totalling
+  reply(133, "000042");
+  EXPECT_EQ(E4CanCup(), 0);
+  EXPECT_EQ(sent(), (Cmds{6, 6, 154, 224, 139, 133}));
+  EXPECT_EQ(payload(154), Bytes{5} + texts({"Ana"}));
+  EXPECT_EQ(read_file("EcfCancelados.cpf"), "15032024000042\r\n");
+  std::remove("EcfCancelados.cpf");
+  vp_clear_calls();
+  push(154, 1);
+  EXPECT_EQ(E4CanCup(), 2561);
+  EXPECT_EQ(sent(), (Cmds{6, 6, 154}));
+  EXPECT_FALSE(file_exists("EcfCancelados.cpf"));
+}
+
+TEST_F(Cancel, CouponInPaymentIsPreparedFirstAndOthersClosed) {
+  struct Row {
+    std::uint8_t state;
+    std::string paid, payments;
+    unsigned short ret;
+    Cmds cmds;
+  };
+  const Row rows[] = {
+      // a report or a reversal is closed; a reading cannot be cancelled
+      {26, "", "", 0, {6, 221, 224}},
+      {27, "", "", 0, {6, 229, 224}},
+      {9, "", "", 2561, {6}},
+      {14, "500", "000100#$61$62", 0, {6, 6, 138, 190, 154, 224, 139, 133}},
+      {16, "0", "000100#", 0, {6, 6, 138, 190, 154, 224, 139, 133}},
+      // fully paid non-fiscal coupon: amount received and change first
+      {24, "1200", "000100#$61", 0, {6, 6, 138, 190, 6, 188, 6, 189, 154, 224}},
+      // paid in part by one payment: a token payment of 0,01 on register 60
+      {14, "500", "000100#$61", 0, {6, 6, 138, 190, 6, 185, 154, 224, 139, 133}},
+  };
+  for (const auto& row : rows) {
+    vp_clear_calls();
+    state(row.state);
+    if (!row.paid.empty()) {
+      push(138, 0, bytes_with(20, 0, "1000"));
+      push(190, 0, bytes_with(20, 0, "\x01" + row.paid));
+      write_file("EcfZandor.pgt", row.payments);
+    }
+    EXPECT_EQ(E4CanCup(), row.ret) << int(row.state) << row.payments;
+    EXPECT_EQ(sent(), row.cmds) << int(row.state) << row.payments;
+  }
+  EXPECT_EQ(payloads(185), (std::vector<Bytes>{Bytes{60} + texts({"0,01"})}));
+}
+
+TEST_F(Cancel, LastDocumentByItsType) {
+  state(0);
+  reply(133, "000042");
+  for (const char* tipo : {"CPF", "CNF", "RGR"}) {
+    write_file("EcfZandor.cpm", tipo);
+    EXPECT_EQ(E4CanCup(), 0) << tipo;
+  }
+  EXPECT_EQ(read_file("EcfCancelados.cpf"), "15032024000042\r\n");
+  EXPECT_EQ(E4CanCupEsp(), 2751);
+  write_file("EcfZandor.cpm", "XYZ");
+  EXPECT_EQ(E4CanCup(), 2561);
+  std::remove("EcfZandor.cpm");
+  EXPECT_EQ(E4CanCup(), 2902);
+  EXPECT_EQ(sent(), (Cmds{6, 155, 224, 139, 133, 6, 217, 224, 6, 6, 6, 6}));
+  EXPECT_EQ(payload(155), (Bytes{0, 0}));
+  EXPECT_EQ(payload(217), (Bytes{0, 0}));
+}
+
+TEST_F(Cancel, OpenVoucherIsClosedThenReversedWithItsNonFiscalCoupon) {
+  day_files("CNF000100$60", "$1");
+  next_state(17);
+  reply(133, "000101");
+  next_state(27);
+  EXPECT_EQ(E4CanCup(), 0);
+  EXPECT_EQ(sent(), (Cmds{6, 228, 224, 133, 219, 6, 229, 224, 217, 224}));
+}
+
+TEST_F(Cancel, ReversalWithoutItsCouponOrRefused) {
+  write_file("EcfZandor.cpm", "CCD");
+  // The vouchers do not follow the last coupon: only they are reversed.
+  day_files("CPF000095$61$61", "$1$2");
+  next_state(0);
+  reply(133, "000102");
+  next_state(27);
+  next_state(27);
+  EXPECT_EQ(E4CanCup(), 0);
+  EXPECT_EQ(sent(), (Cmds{6, 133, 219, 6, 229, 224, 219, 6, 229, 224}));
+  vp_clear_calls();
+  day_files("CPF000100$61$62", "$1$2");
+  next_state(0);
+  reply(133, "000102");
+  push(219, 220);
+  EXPECT_EQ(E4CanCup(), 2749);
+  EXPECT_EQ(sent(), (Cmds{6, 133, 219}));
+}
+
+TEST_F(Cancel, VoucherIndexProblems) {
+  write_file("EcfZandor.cpm", "CCD");
+  state(0);
+  stick(133, 0, bytes_with(20, 1, "000110"));
+  day_files("CPF000100$61", "$1$2$3$4$5$6$7$8$9$10");  // ten vouchers: unreadable count
+  EXPECT_EQ(E4CanCup(), 2049);
+  std::remove("EcfZandorCOO.ind");
+  EXPECT_EQ(E4CanCup(), 2902);
+  write_file("EcfZandorCOO.ind", "\nCOO000100$1$2");
+  std::remove("EcfZandorCoo.pgt");
+  EXPECT_EQ(E4CanCup(), 2902);
+  EXPECT_TRUE(logged("analisaEstorno5600 ret=2902 iQtdeCCD=2 sTipoDoc= iStDocEmitido=0"));
+  EXPECT_EQ(sent(), (Cmds{6, 133, 6, 133, 6, 133}));
 }

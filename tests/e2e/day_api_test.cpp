@@ -1,8 +1,10 @@
-// A whole day, as the demo runs it, then the Z reduction's tape, the
-// reduction record and the fiscal memory checked against the sales made.
+// A day's roads with nothing scripted: a whole day, as the demo runs it, then
+// the Z reduction's tape, the reduction record and the fiscal memory checked
+// against the sales made; a day that goes on after the application stopped in
+// the middle of a coupon; payments found by name and the walk that starts over.
 #include <cmath>
+#include <cstdio>
 #include <map>
-#include <sstream>
 
 #include "e2e/model.h"
 
@@ -10,38 +12,14 @@ using namespace e2e;
 
 namespace {
 
-struct Item {
-  unsigned char rp;
-  const char *qty, *price;
-  long long cents;  // quantity x price
-};
-const Item kItems[] = {{20, "2,000", "22,90", 4580}, {22, "1,000", "8,49", 849},
-                       {13, "3,000", "2,15", 645}, {20, "0,750", "10,00", 750}};
-const std::map<int, std::pair<std::string, int>> kRates = {  // label, hundredths of a percent
-    {20, {"T18,00%", 1800}}, {22, {"T07,00%", 700}}, {13, {"N1", 0}}};
-
-// The record's entry for `label`: its value and tax figures (tax empty if none).
+// The record's entry for `label`: its value and tax figures (tax 0 if none).
 std::pair<long long, long long> entry(const std::string& record, const std::string& label) {
   std::istringstream in(record);
-  for (std::string e; std::getline(in, e, ',');) {
-    if (e.size() < 28 || e.compare(0, 15, (label + std::string(15, ' ')).substr(0, 15)) != 0) continue;
-    return {std::stoll(e.substr(15, 13)), e.size() >= 44 ? std::stoll(e.substr(28, 16)) : 0};
-  }
+  for (std::string e; std::getline(in, e, ',');)
+    if (e.size() >= 28 && e.compare(0, 15, (label + std::string(15, ' ')).substr(0, 15)) == 0)
+      return {std::stoll(e.substr(15, 13)), e.size() >= 44 ? std::stoll(e.substr(28, 16)) : 0};
   ADD_FAILURE() << "no entry " << label;
   return {-1, -1};
-}
-
-// The two figures of a tape line (accumulated value and tax of a rate).
-std::pair<std::string, std::string> rate_line(const std::vector<std::string>& tape,
-                                              const std::string& label) {
-  for (const auto& l : tape) {
-    if (l.rfind(label + " ", 0) != 0) continue;
-    std::istringstream in(l.substr(label.size()));
-    std::string a, b;
-    in >> a >> b;
-    return b.empty() ? std::pair{std::string(), a} : std::pair{a, b};
-  }
-  return {};
 }
 
 TEST_F(OnModel, TheReductionAddsUpTheDaysSales) {
@@ -50,10 +28,12 @@ TEST_F(OnModel, TheReductionAddsUpTheDaysSales) {
   ASSERT_EQ(E4IniCP(2, ""), 0);
   long long gross = 0;
   std::map<int, long long> by_rate;
-  for (const Item& it : kItems) {
-    ASSERT_EQ(E4IteCF(it.rp, "789", "PRODUTO", it.qty, it.price), 0);
-    gross += it.cents;
-    by_rate[it.rp] += it.cents;
+  for (const auto& [rp, qty, price, cents] :  // cents: quantity x price
+       {std::tuple{20, "2,000", "22,90", 4580}, {22, "1,000", "8,49", 849}, {13, "3,000", "2,15", 645},
+        {20, "0,750", "10,00", 750}}) {
+    ASSERT_EQ(E4IteCF(static_cast<unsigned char>(rp), "789", "PRODUTO", qty, price), 0);
+    gross += cents;
+    by_rate[rp] += cents;
   }
   ASSERT_EQ(E4DesCup(0, "5,00"), 0);
   const long long discount = 500, net = gross - discount, card = 4000, cash = 3000;
@@ -72,55 +52,100 @@ TEST_F(OnModel, TheReductionAddsUpTheDaysSales) {
   ASSERT_EQ(E4FimCP(0, ""), 0);
   ASSERT_EQ(E4IniCP(4, ""), 0);
   ASSERT_EQ(E4IniCP(5, ""), 0);
-  const long long coo = value(3);
-  EXPECT_EQ(coo, 6);  // coupon, voucher, supply, report, X, Z
+  EXPECT_EQ(value(3), 6);  // coupon, voucher, supply, report, X, Z
 
   std::vector<char> buf(2300, '\0');
   ASSERT_EQ(E4DadosReducao(buf.data()), 0);
   const std::string record(buf.data());
   const auto z = tape_from("REDUCAO Z");
   ASSERT_FALSE(z.empty());
-  EXPECT_EQ(figure(z, "MOVIMENTO DO DIA"), "09/03/2026");
-  EXPECT_EQ(figure(z, "VENDA BRUTA DIARIA"), money(gross));
-  EXPECT_EQ(figure(z, "DESCONTOS ICMS"), money(discount));
-  EXPECT_EQ(figure(z, "VENDA LIQUIDA"), money(net));
-  EXPECT_EQ(figure(z, "GRANDE TOTAL"), money(gross));
-  EXPECT_EQ(figure(z, "CRZ"), "0001");
-  EXPECT_EQ(figure(z, "COO FINAL"), "00000" + std::to_string(coo));
+  for (const auto& [label, fig] : std::vector<std::pair<std::string, std::string>>{  // the change came out of the cash
+           {"MOVIMENTO DO DIA", "22/11/2026"}, {"VENDA BRUTA DIARIA", money(gross)}, {"DESCONTOS ICMS", money(discount)},
+           {"VENDA LIQUIDA", money(net)}, {"GRANDE TOTAL", money(gross)}, {"CRZ", "0001"}, {"COO FINAL", "000006"},
+           {"CARTAO", money(card)}, {"TROCO", money(card + cash - net)}, {"DINHEIRO", money(net - card)},
+           {"SUPRIMENTO", money(10000)}})
+    EXPECT_EQ(figure(z, label), fig) << label;
   EXPECT_EQ(entry(record, "DT").first, discount);
+  EXPECT_EQ(entry(record, "SUPRIMENTO").first, 10000);
 
   // Each rate keeps its sales less its share of the discount, and its tax is
   // that base at the rate, rounded; the tape and the record agree.
   long long bases = 0;
-  for (const auto& [rp, rate] : kRates) {
-    SCOPED_TRACE(rate.first);
-    const auto [base, tax] = entry(record, rp == 20 ? "01T1800" : rp == 22 ? "03T0700" : "N1");
+  for (const auto& [rp, label, code, rate] : {std::tuple{20, "T18,00%", "01T1800", 1800},
+                                              std::tuple{22, "T07,00%", "03T0700", 700}, std::tuple{13, "N1", "N1", 0}}) {
+    SCOPED_TRACE(label);
+    const auto [base, tax] = entry(record, code);
     EXPECT_LE(base, by_rate[rp]);
     EXPECT_GE(base, by_rate[rp] - discount);
-    EXPECT_EQ(tax, std::llround(static_cast<double>(base) * rate.second / 10000.0));
-    const auto [printed_base, printed_tax] = rate_line(z, rate.first);
-    if (rate.second != 0) {
-      EXPECT_EQ(printed_base, money(base));
-    }
-    EXPECT_EQ(printed_tax, money(rate.second != 0 ? tax : base));
+    EXPECT_EQ(tax, std::llround(static_cast<double>(base) * rate / 10000.0));
+    const auto want = rate != 0 ? std::vector{money(base), money(tax)} : std::vector{money(base)};
+    EXPECT_EQ(figures(z, label), want);
     bases += base;
   }
   EXPECT_EQ(bases, net);
 
-  // Payments: the change comes out of the cash.
-  EXPECT_EQ(figure(z, "CARTAO"), money(card));
-  EXPECT_EQ(figure(z, "TROCO"), money(card + cash - net));
-  EXPECT_EQ(figure(z, "DINHEIRO"), money(net - card));
-  EXPECT_EQ(figure(z, "SUPRIMENTO"), money(10000));
-  EXPECT_EQ(entry(record, "SUPRIMENTO").first, 10000);
-
   // The fiscal memory keeps the day's date and its gross sales.
-  std::array<char, 21> mf{};
-  ASSERT_EQ(E4RegMemFisc(1, mf.data()), 0);
-  EXPECT_EQ(std::string(mf.data()).substr(0, 8), "09032026");
-  EXPECT_EQ(std::stoll(std::string(mf.data()).substr(12)), gross);
+  char mf[21] = "";
+  ASSERT_EQ(E4RegMemFisc(1, mf), 0);
+  EXPECT_EQ(std::string(mf).substr(0, 8), "22112026");  // then the time
+  EXPECT_EQ(std::string(mf).substr(12), "0000" + std::to_string(gross));
   EXPECT_EQ(value(4), 1);  // reductions made
   EXPECT_EQ(E4IniCP(5, ""), 2561);
+}
+
+TEST_F(OnModel, ACouponOpenAtARestartIsReadBackFromTheStateFileAndCancelled) {
+  ASSERT_EQ(E4ProgOp("ANA 100%"), 0);
+  ASSERT_EQ(E4Cons("JOSE DA SILVA", "1", "RUA A, 1"), 0);
+  ASSERT_EQ(E4IniCP(2, ""), 0);
+  ASSERT_EQ(E4IteCF(20, "7%9", "CAFE 500 G", "1,000", "4,00"), 0);
+  ASSERT_EQ(E4DesCup(2, "10,00"), 0);
+  ASSERT_EQ(E4Close(), 0);
+  const std::string saved = orbtest::read_file(vp_state_path());
+  ASSERT_FALSE(saved.empty());
+  vp_model_reload();                       // the application and the printer's driver start again
+  vp_set_condition(VP_COND_PAPER_LOW, 0);  // unchanged, written again
+  EXPECT_EQ(orbtest::read_file(vp_state_path()), saved);
+  ASSERT_EQ(E4Open(0, 0), 0);
+  unsigned char opc = 0, resposta = 0;
+  ASSERT_EQ(E4StaECF(&opc, &resposta), 0);
+  EXPECT_EQ(opc, 2);
+  EXPECT_EQ(value(20), 360);
+  ASSERT_EQ(E4CanCup(), 0);
+  EXPECT_TRUE(printed("CUPOM FISCAL CANCELADO"));
+  EXPECT_EQ(value(7), 360);
+  ASSERT_EQ(E4StaECF(&opc, &resposta), 0);
+  EXPECT_EQ(opc, 0);
+  ASSERT_EQ(E4IniCP(2, ""), 0);  // and the day goes on
+  ASSERT_EQ(E4IteCF(20, "1", "PAO", "1,000", "4,00"), 0);
+  ASSERT_EQ(E4RegPag(60, "4,00"), 0);
+  ASSERT_EQ(E4FimCP(0, ""), 0);
+  EXPECT_EQ(vp_ccf(), 2);
+  std::remove(vp_state_path());  // without its state file the printer is back in its factory state
+  vp_model_reload();
+  EXPECT_EQ(vp_coo(), 0);
+}
+
+std::string step(unsigned short (*read)(unsigned char, char*, char*, unsigned char*)) {
+  char compl_[100] = "", sinal = 0;
+  unsigned char rp = 0;
+  const unsigned short ret = read(5, compl_, &sinal, &rp);
+  return ret != 0 ? std::to_string(ret) : std::to_string(rp) + ":" + compl_ + ":" + std::string(1, sinal);
+}
+
+TEST_F(OnModel, PaymentOnOutrosAndTheWalkThatStartsOver) {
+  ASSERT_EQ(E4IniCP(2, ""), 0);
+  ASSERT_EQ(E4IteCF(20, "1", "LEITE", "2,000", "6,00"), 0);
+  ASSERT_EQ(E4RegPag_JP(0, "500"), 0);  // found by its name
+  ASSERT_EQ(E4RegPag_JP(0, "700"), 0);  // and remembered
+  EXPECT_EQ(vp_doc_state(), 16);
+  ASSERT_EQ(E4FimCP(0, ""), 0);
+  EXPECT_EQ(figures(tape_from("CUPOM FISCAL"), "OUTROS"), (std::vector<std::string>{"5,00", "7,00"}));
+  EXPECT_EQ(value(62), 1200);
+  ASSERT_EQ(E4RPPrim(5), 0);
+  std::vector<std::string> cycled;
+  for (int i = 0; i < 7; ++i) cycled.push_back(step(E4RPLe_JP));
+  EXPECT_EQ(cycled, (std::vector<std::string>{"60:DINHEIRO:0", "61:CARTAO:1", "62:OUTROS:0", "2867", "60:DINHEIRO:0",
+                                              "61:CARTAO:1", "62:OUTROS:0"}));
 }
 
 }  // namespace

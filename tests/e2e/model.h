@@ -1,8 +1,8 @@
 // The library against the virtual printer's fiscal model with nothing
-// scripted: a fixture from a factory-fresh printer and what a user sees of it.
+// scripted: a factory-fresh printer and what a user sees of it.
 #pragma once
 
-#include <array>
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -18,7 +18,7 @@ class OnModel : public orbtest::Fresh {
     Fresh::SetUp();
     vp_use_model(1);
     vp_model_reset();
-    vp_set_clock(2026, 3, 9, 9, 15, 0);
+    vp_set_clock(2026, 11, 22, 10, 30, 0);
     ASSERT_EQ(E4Open(0, 0), 0);
   }
   void TearDown() override {
@@ -27,54 +27,50 @@ class OnModel : public orbtest::Fresh {
   }
 };
 
-inline std::vector<std::string> lines_of(const std::string& text) {
-  std::vector<std::string> out;
-  std::istringstream in(text);
-  for (std::string line; std::getline(in, line);) out.push_back(line);
+// The paper tape from its last line holding `title` up to the next cut.
+inline std::vector<std::string> tape_from(const std::string& title) {
+  std::vector<std::string> all, out;
+  std::istringstream in(orbtest::read_file(vp_tape_path()));
+  for (std::string line; std::getline(in, line);) all.push_back(line);
+  std::size_t i = all.size();
+  for (std::size_t j = 0; j < all.size(); ++j)
+    if (all[j].find(title) != std::string::npos) i = j;
+  for (; i < all.size() && all[i].find("(corte)") == std::string::npos; ++i) out.push_back(all[i]);
   return out;
-}
-
-// The paper tape from its last line starting with `title` (the whole tape
-// when `title` is empty), up to the next cut.
-inline std::vector<std::string> tape_from(const std::string& title = "") {
-  const auto all = lines_of(orbtest::read_file(vp_tape_path()));
-  std::size_t from = 0;
-  if (!title.empty()) {
-    from = all.size();
-    for (std::size_t i = 0; i < all.size(); ++i)
-      if (all[i].find(title) != std::string::npos) from = i;
-  }
-  std::vector<std::string> out;
-  for (std::size_t i = from; i < all.size() && all[i].find("(corte)") == std::string::npos; ++i)
-    out.push_back(all[i]);
-  return out;
-}
-
-// The figure a tape line labelled `label` ends with ("" when none is printed).
-inline std::string figure(const std::vector<std::string>& tape, const std::string& label) {
-  for (const auto& l : tape)
-    if (l.rfind(label, 0) == 0 && l.size() > label.size() && l[label.size()] == ' ')
-      return l.substr(l.find_last_of(' ') + 1);
-  return "";
 }
 
 inline bool printed(const std::string& text) {
   return orbtest::read_file(vp_tape_path()).find(text) != std::string::npos;
 }
 
-// A register's current value as the library reads it, in cents.
-inline long long value(unsigned char reg) {
-  std::array<char, 40> v{};
-  EXPECT_EQ(E4ValAtu(reg, v.data()), 0) << "register " << int(reg);
-  return std::stoll("0" + std::string(v.data()));
+// The figures printed after `label` on the tape lines it starts.
+inline std::vector<std::string> figures(const std::vector<std::string>& tape, const std::string& label) {
+  std::vector<std::string> out;
+  for (const auto& l : tape) {
+    if (l.rfind(label + " ", 0) != 0) continue;
+    std::istringstream in(l.substr(label.size()));
+    for (std::string f; in >> f;) out.push_back(f);
+  }
+  return out;
+}
+// The last of them ("" when none is printed).
+inline std::string figure(const std::vector<std::string>& tape, const std::string& label) {
+  const auto f = figures(tape, label);
+  return f.empty() ? "" : f.back();
 }
 
-// Cents as the tape prints them: "1.234,56".
+// A register's current value as the library reads it.
+inline long long value(unsigned char reg) {
+  char v[40] = "";
+  EXPECT_EQ(E4ValAtu(reg, v), 0) << "register " << int(reg);
+  return std::stoll("0" + std::string(v));
+}
+
+// Cents below 1.000,00 as the tape prints them.
 inline std::string money(long long cents) {
-  std::string units = std::to_string(cents / 100);
-  for (int at = static_cast<int>(units.size()) - 3; at > 0; at -= 3) units.insert(at, ".");
-  const long long c = cents % 100;
-  return units + "," + (c < 10 ? "0" : "") + std::to_string(c);
+  char text[32];
+  std::snprintf(text, sizeof text, "%lld,%02lld", cents / 100, cents % 100);
+  return text;
 }
 
 }  // namespace e2e

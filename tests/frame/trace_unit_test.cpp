@@ -1,23 +1,21 @@
-// The trace log module driven directly: control file parsing, the log file
-// and its ring.
+// The trace log module driven directly: control file, log file and ring.
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <regex>
 #include <string>
+#include <vector>
 
 #include "frame/dumplog.h"
 #include "support/fixture.h"
 
 using namespace orbelan;
-using orbtest::file_exists;
-using orbtest::log_lines;
-using orbtest::read_file;
-using orbtest::write_file;
+using namespace orbtest;
 
 namespace {
 
-constexpr char kHeader[] = "Arquivo de LOG Orbelan.txt:\n\n";  // 29 bytes
+const std::string kHeader = "Arquivo de LOG Orbelan.txt:\n\n";  // 29 bytes
+const std::string kStamp = R"(\d\d/\d\d/\d\d \d\d:\d\d:\d\d - )";
 
 class Trace : public ::testing::Test {
  protected:
@@ -29,45 +27,40 @@ class Trace : public ::testing::Test {
     std::remove("Orbelan.cfg");
     std::remove("Orbelan.txt");
   }
-  // Reads `cfg` as the control file and opens the log; returns the level.
-  int start(const std::string& cfg) {
+  void TearDown() override { closeLog(); }
+  // Reads `cfg` as the control file and opens the log.
+  void start(const std::string& cfg) {
     write_file("Orbelan.cfg", cfg);
-    const int level = openCfg("Orbelan");
+    openCfg("Orbelan");
     openLog("Orbelan", "Orbelan.txt");
-    return level;
   }
 };
 
 }  // namespace
 
-TEST_F(Trace, MissingControlFileIsCreatedAndLoggingStaysOff) {
+TEST_F(Trace, ControlFileLevelAndSize) {
+  // A missing control file is created, and the trace stays off.
   EXPECT_EQ(openCfg("Orbelan"), 0);
   EXPECT_EQ(read_file("Orbelan.cfg"), "Trace=0\nTamanho=5000000");
-  EXPECT_EQ(TamLog, 5000000);
   openLog("Orbelan", "Orbelan.txt");
   dumpLog("nada %d\n", 1);
   dumpBytes("\x01", 1);
   EXPECT_FALSE(file_exists("Orbelan.txt"));
-}
 
-TEST_F(Trace, ControlFileLevelAndSize) {
-  struct Case {
+  // The key's name is not examined; the level is one digit, the first after a
+  // "=" in sixth place; the size is looked for from that digit on, within the
+  // first 50 bytes, and is kept when not positive.
+  const struct {
     std::string cfg;
-    int level;
-    int size;
-  } cases[] = {
-      {"Trace=1", 1, 5000000},
-      {"XXXXX=3\nTamanho=1000", 3, 1000},  // the key's name is not examined
-      {"Trace=12\nTamanho=2000", 1, 2000},  // one digit
-      {"Trace=x5", 5, 5000000},             // the first digit after "="
-      {"Trace:3\nTamanho=1000", 0, 5000000},  // sixth character not "="
-      {"", 0, 5000000},
-      {"Trace=Tamanho=800", 8, 5000000},  // searched from the level digit on
-      {"Trace=2\nTamanho=0", 2, 5000000},   {"Trace=2\nTamanho=abc", 2, 5000000},
-      {"Trace=2\nTamanho=-50", 2, -50},     {"Trace=2\nTamanho= 300", 2, 300},
-      {"Trace=1\n" + std::string(31, ' ') + "Tamanho=123456", 1, 123},    // cut at byte 50
-      {"Trace=1\n" + std::string(41, ' ') + "Tamanho=1000", 1, 5000000},  // past byte 50
-  };
+    int level, size;
+  } cases[] = {{"Trace=1", 1, 5000000},           {"XXXXX=3\nTamanho=1000", 3, 1000},
+               {"Trace=12\nTamanho=2000", 1, 2000}, {"Trace=x5", 5, 5000000},
+               {"Trace:3\nTamanho=1000", 0, 5000000}, {"", 0, 5000000},
+               {"Trace=Tamanho=800", 8, 5000000},   {"Trace=2\nTamanho=0", 2, 5000000},
+               {"Trace=2\nTamanho=abc", 2, 5000000}, {"Trace=2\nTamanho=-50", 2, -50},
+               {"Trace=2\nTamanho= 300", 2, 300},
+               {"Trace=1\n" + std::string(31, ' ') + "Tamanho=123456", 1, 123},
+               {"Trace=1\n" + std::string(41, ' ') + "Tamanho=1000", 1, 5000000}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.cfg);
     write_file("Orbelan.cfg", c.cfg);
@@ -79,29 +72,33 @@ TEST_F(Trace, ControlFileLevelAndSize) {
   }
 }
 
-TEST_F(Trace, LinesDumpsAndHeader) {
-  ASSERT_EQ(start("Trace=1\nTamanho=1000"), 1);
-  EXPECT_EQ(read_file("Orbelan.txt"), kHeader);
-  EXPECT_EQ(posicao, 29);
+TEST_F(Trace, LinesDumpsAndContinuation) {
+  // Lines and dumps longer than the line buffer are written whole.
+  start("Trace=1\nTamanho=1000000");
   dumpLog("Teste%s - fim com ret=%d \n", "5600", 7);
-  const unsigned char bytes[] = {0x00, 0xab, 0xff};
-  dumpBytes(bytes, 3);
+  dumpBytes("\x00\xab\xff", 3);
+  dumpLog("texto=%s fim=%d\n", std::string(5000, 'L').c_str(), 42);
+  const std::vector<unsigned char> bytes(1000, 0x5a);
+  dumpBytes(bytes.data(), 1000);
+  dumpLog("%s", "");  // nothing to format, and dumps of nothing
+  dumpBytes(nullptr, 5);
+  dumpBytes("x", -1);
   const std::string text = read_file("Orbelan.txt");
-  EXPECT_TRUE(std::regex_match(text, std::regex(std::string(kHeader) +
-                                                R"(\d\d/\d\d/\d\d \d\d:\d\d:\d\d - Teste5600 - fim com ret=7 \n)"
-                                                R"( 00 ab ff\n)")))
-      << text;
+  EXPECT_TRUE(std::regex_match(text, std::regex(kHeader + kStamp + "Teste5600 - fim com ret=7 \n 00 ab ff\n" + kStamp +
+                                                "texto=L{5000} fim=42\n(?: 5a){1000}\n" + kStamp + "\n\n")))
+      << text.substr(0, 200);
   EXPECT_EQ(posicao, static_cast<int>(text.size()));
 
-  // An existing log is continued, not given a new header.
+  // Closed, nothing is written; reopened, the log is continued without a new header.
   closeLog();
   dumpLog("perdida\n");
   EXPECT_EQ(read_file("Orbelan.txt"), text);
   start("Trace=1");
   EXPECT_EQ(posicao, static_cast<int>(text.size()));
   dumpLog("segunda\n");
-  EXPECT_EQ(log_lines(), (std::vector<std::string>{"Arquivo de LOG Orbelan.txt:", "",
-                                                    "Teste5600 - fim com ret=7 ", " 00 ab ff", "segunda"}));
+  const std::string more = read_file("Orbelan.txt");
+  EXPECT_EQ(more.substr(0, text.size()), text);
+  EXPECT_TRUE(std::regex_match(more.substr(text.size()), std::regex(kStamp + "segunda\n")));
 }
 
 TEST_F(Trace, RingWrapsPastTheLimitAndOverwritesInPlace) {
@@ -120,5 +117,16 @@ TEST_F(Trace, RingWrapsPastTheLimitAndOverwritesInPlace) {
   dumpLog("more\n");
   EXPECT_EQ(fCircular, 0);
   EXPECT_EQ(log_lines(), (std::vector<std::string>{"again", "more"}));
-}
 
+  // A line far past the limit is written whole; the next starts at the top.
+  dumpLog("%s\n", std::string(300, 'a').c_str());
+  EXPECT_EQ(posicao, 51 + 20 + 301);
+  dumpLog("um\n");
+  EXPECT_EQ(fCircular, 1);
+  EXPECT_EQ(posicao, 23);
+  dumpBytes("\x01\x02", 2);
+  EXPECT_EQ(posicao, 23 + 7);
+  const std::string text = read_file("Orbelan.txt");
+  EXPECT_EQ(text.size(), 51u + 20 + 301);
+  EXPECT_TRUE(std::regex_match(text.substr(0, 30), std::regex(kStamp + "um\n 01 02\n"))) << text.substr(0, 30);
+}

@@ -1,7 +1,8 @@
 // Faults from outside: a working directory that takes no writes, writes cut
 // short, state files replaced by directories or garbage, incomplete driver
-// libraries, a driver failing any one command. Each ends in a defined result,
-// and the payment-register status file always keeps a state to resume from.
+// libraries, a driver failing any one command, replies that never end or carry
+// huge values; and no descriptor left open. Also the fuzz mode of the virtual
+// printer the fuzz targets rely on.
 #include <linux/capability.h>
 #include <signal.h>
 #include <sys/resource.h>
@@ -9,13 +10,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <filesystem>
 #include <functional>
-#include <map>
+#include <tuple>
 
+#include "fuzz.h"
 #include "orbelan.h"
 #include "recorder.h"
 #include "support/fixture.h"
+
+extern "C" int FC_Operacao(int cmd, int flag, int mode, int inlen, unsigned char* inbuf, int* aux, int* outlen,
+                           unsigned char* outbuf);
 
 using namespace orbtest;
 namespace fs = std::filesystem;
@@ -23,43 +29,38 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kStatus = "ArqRegPgto.sts";
+using Results = std::vector<int>;
 
-// The directory and its files refuse writes while this lives. Tests run as
-// root, whom file modes do not stop unless CAP_DAC_OVERRIDE is dropped.
-class SemEscrita {
- public:
+// The directory and its files refuse writes while this lives (to root too:
+// CAP_DAC_OVERRIDE is dropped).
+struct SemEscrita {
   SemEscrita() {
     for (const auto& e : fs::directory_iterator(".")) fs::permissions(e.path(), fs::perms::owner_read);
     fs::permissions(".", fs::perms::owner_read | fs::perms::owner_exec);
-    syscall(SYS_capget, &h_, caps_);
-    __user_cap_data_struct sem[2] = {caps_[0], caps_[1]};
+    syscall(SYS_capget, &h, caps);
+    __user_cap_data_struct sem[2] = {caps[0], caps[1]};
     sem[0].effective &= ~(1U << CAP_DAC_OVERRIDE);
-    syscall(SYS_capset, &h_, sem);
+    syscall(SYS_capset, &h, sem);
   }
   ~SemEscrita() {
-    syscall(SYS_capset, &h_, caps_);
+    syscall(SYS_capset, &h, caps);
     fs::permissions(".", fs::perms::owner_all);
   }
-
- private:
-  __user_cap_header_struct h_{_LINUX_CAPABILITY_VERSION_3, 0};
-  __user_cap_data_struct caps_[2]{};
+  __user_cap_header_struct h{_LINUX_CAPABILITY_VERSION_3, 0};
+  __user_cap_data_struct caps[2]{};
 };
 
 // Files cannot grow past `bytes` (SIGXFSZ ignored, as by an application that
 // survives a full disk).
-class LimiteDeArquivo {
- public:
+struct LimiteDeArquivo {
   explicit LimiteDeArquivo(rlim_t bytes) {
-    getrlimit(RLIMIT_FSIZE, &antes_);
+    getrlimit(RLIMIT_FSIZE, &antes);
     signal(SIGXFSZ, SIG_IGN);
-    const rlimit limite{bytes, antes_.rlim_max};
+    const rlimit limite{bytes, antes.rlim_max};
     setrlimit(RLIMIT_FSIZE, &limite);
   }
-  ~LimiteDeArquivo() { setrlimit(RLIMIT_FSIZE, &antes_); }
-
- private:
-  rlimit antes_{};
+  ~LimiteDeArquivo() { setrlimit(RLIMIT_FSIZE, &antes); }
+  rlimit antes{};
 };
 
 // Opens a session on a printer whose store number is 0042.
@@ -70,26 +71,20 @@ int abre() {
 }
 
 // The sale road; stops at the first refusal. One result per call made.
-std::vector<int> venda() {
+Results venda() {
   reply(133, "000100");
   reply(133, "000100");
   state(2);
-  const std::function<int()> passos[] = {[] { return E4IniCP(2, ""); },
-                                         [] { return E4IteCF(20, "1", "ITEM", "1000", "1200"); },
-                                         [] { return E4RegPag(60, "12,00"); },
-                                         [] { return state(16), E4FimCP(0, nullptr); }};
-  std::vector<int> r;
-  for (const auto& passo : passos)
-    if (r.push_back(passo()); r.back() != 0) break;
+  Results r{E4IniCP(2, "")};
+  if (r.back() == 0) r.push_back(E4IteCF(20, "1", "ITEM", "1000", "1200"));
+  if (r.back() == 0) r.push_back(E4RegPag(60, "12,00"));
+  if (r.back() == 0) r.push_back((state(16), E4FimCP(0, nullptr)));
   return r;
 }
 
-// With the driver sent to the double that passes calls on to the virtual
-// printer, the n-th command from now fails with driver code 133 (2693).
-void falha_no_comando(int n) {
-  dbl_reset();
-  for (int i = 1; i < n; ++i) dbl_push_result("FC_Operacao", 0);
-  dbl_push_result("FC_Operacao", 133);
+int cria_cartao() {
+  unsigned char reg = 61;
+  return E4RPCria(5, "CARTAO", "1", &reg);
 }
 
 void recomeca() {
@@ -98,15 +93,89 @@ void recomeca() {
   enable_trace(1);
 }
 
+// The commands `road` sends, on a driver that passes every call on to the
+// virtual printer.
+Cmds comandos_de(const std::function<void()>& road) {
+  redirect_dlopen("libMrZandor.so", double_path("MrZandor_falhas"));
+  EXPECT_EQ(abre(), 0);
+  vp_clear_calls();
+  road();
+  const Cmds c = commands();
+  E4Close();
+  return c;
+}
+
+// Opens a session in which the n-th command from now fails with driver code
+// 133 (2693).
+void abre_falhando_no(std::size_t n) {
+  ASSERT_EQ(abre(), 0);
+  dbl_reset();
+  for (std::size_t i = 1; i < n; ++i) dbl_push_result("FC_Operacao", 0);
+  dbl_push_result("FC_Operacao", 133);
+}
+
+int descritores() {
+  const fs::directory_iterator fds("/proc/self/fd");
+  return static_cast<int>(std::distance(begin(fds), end(fds)));
+}
+
 }  // namespace
 
+// (Session tests first: further on, the driver's loading is redirected or made
+// to fail for the rest of the process.)
+
+// A printer answering every fiscal-memory read with an empty success never
+// shows the end mark: the search gives up after 4096 records.
+TEST_F(Session, RegMemFiscStopsOnAPrinterThatNeverEnds) {
+  stick(174, 0);
+  char valor[21] = {'x'};
+  EXPECT_EQ(E4RegMemFisc(12, valor), 2582);
+  EXPECT_EQ(vp_count_cmd(174), 4096);
+  EXPECT_EQ(std::vector<char>(valor, valor + 21), std::vector<char>(21, '\0'));
+}
+
+// A reply full of nines is read as the largest value; sums, differences and
+// whole-number conversions built on it stay at the end of the range instead of
+// overflowing. Values keep their last 18 digits when written.
+TEST_F(Session, HugeValuesInRepliesSaturate) {
+  const std::string nines(25, '9');
+  const std::string largest = "223372036854775807";  // LLONG_MAX cut to 18 digits
+  char valor[19];
+  stick(133, 0, bytes_with(30, 1, nines));
+  ASSERT_EQ(E4ValAtu(7, valor), 0);  // registers 7, 17 and 114 summed
+  EXPECT_EQ(std::string(valor), largest);
+  ASSERT_EQ(E4ValAtu_JP(85, valor), 0);  // gross daily sales, some forty registers
+  EXPECT_EQ(std::string(valor), largest);
+  EXPECT_EQ(E4ValAtu_JP(93, valor), 0);  // net: gross less deductions
+  stick(133, 0, bytes_with(30, 1, "-" + nines));
+  EXPECT_EQ(E4ValAtu(106, valor), 0);  // reductions left, from a count far below zero
+  state(2);
+  stick(138, 0, bytes_with(20, 0, "9999999999999999999"));
+  ASSERT_EQ(E4InfCup(504, valor), 0);  // the amount due: a subtotal beyond a whole number's range
+  EXPECT_EQ(std::string(valor), largest);
+  state(0);
+  stick(38, 0, {60, 61, 62});
+  stick(134, 0, bytes_with(30, 1, nines));
+  EXPECT_EQ(E4InfCup(501, valor), 0);  // the payment registers summed
+  // A percentage increase between subtotals at the two ends of the range adds
+  // nothing that can be written: the text stays as given.
+  state(2);
+  stick(133, 0, bytes_with(10, 1, "000042"));
+  push(138, 0, bytes_with(20, 0, "-9999999999999999999"));
+  push(138, 0, bytes_with(20, 0, "9999999999999999999"));
+  char acrescimo[13] = "15,00";
+  EXPECT_EQ(E4AcrIt(2, 20, 1, acrescimo, nullptr), 0);
+  EXPECT_STREQ(acrescimo, "15,00");
+}
+
 TEST_F(Fresh, UnwritableWorkingDirectory) {
+  recomeca();
   {
     const SemEscrita sem_escrita;
     // No status file can be made; the printer is open all the same, and the
     // local records being best effort, the sale goes through.
     EXPECT_EQ(abre(), 2902);
-    EXPECT_EQ(venda(), (std::vector<int>{0, 0, 0, 0}));
+    EXPECT_EQ(venda(), (Results{0, 0, 0, 0}));
     EXPECT_EQ(E4Close(), 0);
   }
   EXPECT_EQ(std::distance(fs::directory_iterator("."), fs::directory_iterator()), 1);  // Orbelan.cfg
@@ -115,32 +184,29 @@ TEST_F(Fresh, UnwritableWorkingDirectory) {
 }
 
 TEST_F(Fresh, StatusFileKeepsItsStateWhenAWriteIsCutShort) {
-  unsigned char reg = 61;
   const struct {
     const char* antes;
     std::function<int()> operacao;  // run on an open session; the opening itself when empty
     int resultado;
     const char* depois;  // after the next opening, with room again
   } casos[] = {
-      {"10042", nullptr, 2904, "20042"},  // "9999" sent, then sent again
-      {"30042", nullptr, 2904, "40042"},  // number restored, then restored again
-      {"40042", nullptr, 2904, "00042"},  // closed and cut, then again
-      {"00042", [&] { return E4RPCria(5, "CARTAO", "1", &reg); }, 0, "00042"},  // created without the procedure
+      {"10042", nullptr, 2904, "20042"},                     // "9999" sent, then sent again
+      {"30042", nullptr, 2904, "40042"},                     // number restored, then restored again
+      {"40042", nullptr, 2904, "00042"},                     // closed and cut, then again
+      {"00042", cria_cartao, 0, "00042"},                    // created without the procedure
       {"20042", [] { return E4IniCP(2, ""); }, 0, "20042"},  // restore left for later
   };
   for (const auto& c : casos) {
     SCOPED_TRACE(c.antes);
     write_file(kStatus, c.antes);
-    if (c.operacao) {
-      EXPECT_EQ(abre(), 0);
-    }
+    EXPECT_EQ(c.operacao ? abre() : 0, 0);
     vp_clear_calls();
     {
       const LimiteDeArquivo limite(3);
       EXPECT_EQ(c.operacao ? c.operacao() : abre(), c.resultado);
     }
     EXPECT_EQ(read_file(kStatus), c.antes);
-    EXPECT_EQ(vp_count_cmd(245), c.operacao ? 0 : c.antes[0] == '4' ? 0 : 1);
+    EXPECT_EQ(vp_count_cmd(245), c.operacao || c.antes[0] == '4' ? 0 : 1);
     E4Close();
     EXPECT_EQ(abre(), 0);
     EXPECT_EQ(read_file(kStatus), c.depois);
@@ -148,6 +214,7 @@ TEST_F(Fresh, StatusFileKeepsItsStateWhenAWriteIsCutShort) {
   }
 }
 
+// No descriptor outlives a call here either.
 TEST_F(Fresh, StateFilesReplacedByDirectoriesOrGarbage) {
   const std::function<int()> chamadas[] = {
       abre,
@@ -157,43 +224,39 @@ TEST_F(Fresh, StateFilesReplacedByDirectoriesOrGarbage) {
       [] { return state(0), E4IniCP(17, "60"); },  // card voucher
       [] { return state(17), E4FimCP(0, nullptr); },
       [] { return state(0), E4CanCup(); },  // the last document, its vouchers reversed first
-      [] {
-        unsigned char reg = 61;
-        return E4RPCria(5, "CARTAO", "1", &reg);
-      },
+      cria_cartao,
       [] {
         char dados[1200];
         return E4DadosReducao(dados);
       },
+      E4Close,
   };
-  // A directory shows in these calls (index -> result); garbage never does.
-  const std::map<std::string, std::map<int, int>> arquivos = {
-      {kStatus, {{0, 2903}}},  // unreadable: nothing resumed
-      {"EcfZandor.pgt", {{4, 2561}}},
-      {"EcfZandor.ind", {{4, 2561}}},
-      {"EcfZandorCoo.pgt", {{6, 2902}}},  // used to loop through 2^63 positions
-      {"EcfZandorCOO.ind", {{6, 2049}}},
-      {"EcfZandor.cpm", {{6, 2902}}},
-      {"NomeOper.cfg", {}},
-      {"EcfAcresItens.cpf", {}},
-      {"EcfTotalAcrescItens.cpf", {}},
-      {"EcfCancelados.cpf", {}},
-      {"quorvel.conf", {}},
-      {"Orbelan.txt", {}},
-  };
+  // The call a directory shows in, and its result (garbage never shows).
+  std::vector<std::tuple<std::string, int, int>> arquivos = {
+      {kStatus, 0, 2903},  // unreadable: nothing resumed
+      {"EcfZandor.pgt", 4, 2561},
+      {"EcfZandor.ind", 4, 2561},
+      {"EcfZandorCoo.pgt", 6, 2902},  // used to loop through 2^63 positions
+      {"EcfZandorCOO.ind", 6, 2049},
+      {"EcfZandor.cpm", 6, 2902}};
+  for (const char* inerte : {"NomeOper.cfg", "EcfAcresItens.cpf", "EcfTotalAcrescItens.cpf", "EcfCancelados.cpf",
+                             "quorvel.conf", "Orbelan.txt"})
+    arquivos.emplace_back(inerte, -1, 0);
   std::string lixo = "#$60$61\r\nCPF000100$$$\n";
   for (unsigned x = 7; lixo.size() < 700;) lixo.push_back(static_cast<char>((x = x * 1103515245 + 12345) >> 16));
   for (bool diretorio : {true, false}) {
-    for (const auto& [arquivo, afetadas] : arquivos) {
+    for (const auto& [arquivo, afetada, resultado] : arquivos) {
       SCOPED_TRACE(arquivo + (diretorio ? " as a directory" : " as garbage"));
       recomeca();
       if (diretorio)
         fs::create_directory(arquivo);
       else
         write_file(arquivo, lixo);
-      for (int i = 0; i < static_cast<int>(std::size(chamadas)); ++i)
-        EXPECT_EQ(chamadas[i](), diretorio && afetadas.contains(i) ? afetadas.at(i) : 0) << "call " << i;
-      EXPECT_EQ(E4Close(), 0);
+      const int antes = descritores();
+      for (int i = 0; i < static_cast<int>(std::size(chamadas)); ++i) {
+        EXPECT_EQ(chamadas[i](), diretorio && i == afetada ? resultado : 0) << "call " << i;
+        EXPECT_EQ(descritores(), antes) << "call " << i;
+      }
     }
   }
 }
@@ -225,52 +288,34 @@ TEST_F(Fresh, DriverLibraryMissingEntryPoints) {
 }
 
 TEST_F(Fresh, EachCommandOfASaleFailingInTurn) {
-  redirect_dlopen("libMrZandor.so", double_path("MrZandor_falhas"));
-  ASSERT_EQ(abre(), 0);
-  vp_clear_calls();
-  ASSERT_EQ(venda(), (std::vector<int>{0, 0, 0, 0}));
-  const std::vector<int> comandos = commands();
-  E4Close();
+  const Cmds comandos = comandos_de([] { venda(); });
   for (std::size_t n = 1; n <= comandos.size(); ++n) {
     SCOPED_TRACE("command " + std::to_string(n) + ": " + std::to_string(comandos[n - 1]));
     recomeca();
-    ASSERT_EQ(abre(), 0);
-    falha_no_comando(static_cast<int>(n));
-    const std::vector<int> r = venda();
-    // The call that sent it reports the failure and the road stops there,
-    // but for the COO reads of the local records, whose results are not
-    // checked.
-    if (comandos[n - 1] == 133) {
-      EXPECT_EQ(r, (std::vector<int>{0, 0, 0, 0}));
-    } else {
-      EXPECT_EQ(r.back(), 2693);
-      EXPECT_TRUE(std::all_of(r.begin(), r.end() - 1, [](int x) { return x == 0; }));
-    }
+    abre_falhando_no(n);
+    const Results r = venda();
+    // The call that sent it reports the failure and the road stops there, but
+    // for the COO reads of the local records, whose results are not checked.
+    Results esperado(comandos[n - 1] == 133 ? 4 : r.size() - 1, 0);
+    if (comandos[n - 1] != 133) esperado.push_back(2693);
+    EXPECT_EQ(r, esperado);
     // A payment is on record exactly when the printer took it.
     EXPECT_EQ(read_file("EcfZandor.pgt").find("$60") != std::string::npos, r.size() > 2 && r[2] == 0);
     EXPECT_EQ(E4Close(), 0);
   }
 }
 
+// A payment method's creation runs the whole store-number procedure. Whatever
+// command fails, the file holds a state from which the next openings and
+// coupon finish it with the printer's own number back.
 TEST_F(Fresh, EachCommandOfTheStoreNumberProcedureFailingInTurn) {
-  // A payment method's creation runs the whole procedure: "9999" set, X
-  // reading, the number restored, closing command and cut. Whatever command
-  // fails, the file holds a state from which the next openings and coupon
-  // finish it with the printer's own number back.
-  redirect_dlopen("libMrZandor.so", double_path("MrZandor_falhas"));
-  unsigned char reg = 61;
-  ASSERT_EQ(abre(), 0);
-  vp_clear_calls();
-  ASSERT_EQ(E4RPCria(5, "CARTAO", "1", &reg), 0);
-  const int total = static_cast<int>(commands().size());
-  E4Close();
-  for (int n = 1; n <= total; ++n) {
+  const std::size_t total = comandos_de([] { cria_cartao(); }).size();
+  for (std::size_t n = 1; n <= total; ++n) {
     SCOPED_TRACE("command " + std::to_string(n));
     recomeca();
     write_file(kStatus, "00042");
-    ASSERT_EQ(abre(), 0);
-    falha_no_comando(n);
-    E4RPCria(5, "CARTAO", "1", &reg);
+    abre_falhando_no(n);
+    cria_cartao();
     const std::string meio = read_file(kStatus);
     EXPECT_TRUE(meio.size() == 5 && meio[0] >= '0' && meio[0] <= '4' && meio.ends_with("0042")) << meio;
     E4Close();
@@ -283,4 +328,80 @@ TEST_F(Fresh, EachCommandOfTheStoreNumberProcedureFailingInTurn) {
     const Bytes ultimo = last_input(245);
     EXPECT_TRUE(ultimo.empty() || Bytes(ultimo.begin() + 2, ultimo.end()) == texts({"0042"}));
   }
+}
+
+// Every file the library opens is closed before the call returns (see also the
+// state files above).
+TEST_F(Fresh, NoDescriptorOutlivesACall) {
+  const Bytes fim_de_leitura{0, 0, 0xCF, 0xDE, 0xB3, 0xD1};
+  write_file("NomeOper.cfg", "Rita");
+  write_file("quorvel.conf", "[QuorvelPOS\\ImpressoraFiscal]\nLowPaperCounter=3\n");
+  write_file("vinculado.txt", "linha 1\nlinha 2\n");
+  write_file("Cheque.dat", std::string(86, '\0') + std::string("\xE7\x03", 2) + std::string(84, '\0'));
+  stick(133, 0, bytes_with(20, 1, "000100"));
+  stick(139, 0, bytes_with(10, 1, "22112026"));
+  char saida[1200] = {};
+  const std::function<int()> chamadas[] = {
+      abre,
+      [&] { return E4Status(saida); },
+      [] { return state(2), E4IniCP(2, ""); },
+      [] { return E4IteCF(20, "1", "ITEM", "1000", "1200"); },
+      [] { return E4RegPag(60, "12,00"); },
+      [] { return state(16), E4FimCP(0, nullptr); },
+      [] { return state(0), E4IniCP(20, ""); },
+      [] { return state(26), E4ImpVinc("vinculado.txt", "2"); },
+      [] { return E4FimCP(0, nullptr); },
+      [&] { return push(199, 0, fim_de_leitura), E4LeMFD(1, "1", "2", "mfd.txt"); },
+      [] { return E4LeMFD(0, "10032024", "15032024", "mfd.txt"); },
+      [&] { return push(194, 0, fim_de_leitura), E4LMFSerial(2, 1, "5", "12", "mf.txt"); },
+      [] { return E4ImpChq(1, "Nome", "Cidade", "01/02/26", "10,00", "", ""); },
+      [] { return E4IniCP(5, ""); },
+      E4Close,
+      [] { return fail_dlopen("libMrZandor.so"), E4Open(0, 0); },  // a failed opening
+  };
+  const int antes = descritores();
+  for (int i = 0; i < static_cast<int>(std::size(chamadas)); ++i) {
+    chamadas[i]();
+    EXPECT_EQ(descritores(), antes) << "call " << i;
+  }
+}
+
+// A transcript fed back replays the same results and reported lengths (the
+// two-byte size form and odd lengths included); once used up, every command
+// answers an empty success, and scripted replies are not consulted.
+TEST_F(Fresh, FuzzModeReplaysATranscript) {
+  const std::tuple<int, Bytes, int> replies[] = {
+      // result, bytes, length reported
+      {0, {}, 0},      {2582, {1, 2, 3}, 3}, {65536 + 5, {9}, -1}, {0, Bytes(200, 7), 200},
+      {7, {1, 2}, 14}, {0, {1}, INT_MIN},    {-3, {}, INT_MAX},    {0, {4, 5}, 100000}};
+  for (const auto& [result, bytes, reported] : replies)
+    vp_push_reply_len(50, result, bytes.data(), static_cast<int>(bytes.size()), reported);
+  const auto ask = [] {
+    Bytes out(256, 0);
+    unsigned char in[2] = {1, 0};
+    int aux = 0, outlen = 0;
+    const int result = FC_Operacao(50, 1, 0, 2, in, &aux, &outlen, out.data());
+    return std::tuple{result, outlen, out};
+  };
+  vp_fuzz_transcribe(1);
+  std::vector<std::tuple<int, int, Bytes>> first;
+  for (std::size_t i = 0; i < std::size(replies); ++i) first.push_back(ask());
+  vp_fuzz_transcribe(0);
+  int size = 0;
+  const unsigned char* t = vp_fuzz_transcript(&size);
+  const Bytes transcript(t, t + size);
+  stick(50, 99);
+  vp_fuzz_feed(transcript.data(), size);
+  for (const auto& [result, outlen, bytes] : first) {
+    const auto again = ask();
+    EXPECT_EQ(std::get<0>(again), result);
+    EXPECT_EQ(std::get<1>(again), outlen);
+#if defined(__SANITIZE_ADDRESS__)
+    EXPECT_EQ(std::get<2>(again), bytes);  // written only where AddressSanitizer tells the buffer's size
+#endif
+  }
+  EXPECT_EQ(vp_fuzz_remaining(), 0);
+  EXPECT_EQ(ask(), (std::tuple{0, 0, Bytes(256, 0)}));
+  vp_fuzz_end();
+  EXPECT_EQ(std::get<0>(ask()), 99);
 }

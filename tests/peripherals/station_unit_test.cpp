@@ -23,9 +23,8 @@ TEST_F(Station, SelectionIsSentOnlyWhenTheDeviceDiffersAndRetriedThreeTimes) {
   stick(80, 0, {'4'});
   EXPECT_EQ(Seleciona_Dispositivo(kEstacaoDocumento), 0);
   EXPECT_EQ(commands(), (Cmds{80}));
-
-  // The printer never takes the selection: three tries with the same input,
-  // half a second apart, and still 0 (the paper check decides later).
+  // The printer never takes it: three tries with the same input, half a second
+  // apart, and still 0 (the paper check decides later).
   vp_clear_calls();
   clear_waits();
   stick(80, 0, {'2'});
@@ -35,9 +34,7 @@ TEST_F(Station, SelectionIsSentOnlyWhenTheDeviceDiffersAndRetriedThreeTimes) {
   EXPECT_EQ(input(ops[1]), input(ops[5]));
   EXPECT_EQ(input(ops[1]).back(), '4');
   EXPECT_EQ(half_second_waits(), 2u);
-
-  // A refused selection stops the tries.
-  vp_clear_calls();
+  vp_clear_calls();  // a refused selection stops the tries
   push(79, 1);
   EXPECT_EQ(Seleciona_Dispositivo(kEstacaoDocumento), 2561);
   EXPECT_EQ(vp_count_cmd(79), 1);
@@ -70,12 +67,10 @@ TEST_F(Station, OtherPrinterTypesHaveNoDocumentStation) {
 }
 
 TEST_F(Station, DocumentSpacing) {
-  // Nothing is sent while a document is open.
   const std::uint8_t spacing = 3;
   push(6, 0, {2, 0});
   EXPECT_EQ(EspacoDocumento(&spacing), 0);
-  EXPECT_EQ(commands(), (Cmds{6}));
-
+  EXPECT_EQ(commands(), (Cmds{6}));  // nothing sent while a document is open
   // The printer's line unit read back as lines per inch, truncated.
   for (const auto& [raw, lines] : {std::pair{25, 3u}, {24, 2u}, {0, 0u}, {255, 30u}}) {
     push(237, 0, {static_cast<std::uint8_t>(raw), 7});

@@ -1,12 +1,10 @@
-// The date helpers of the journal readings and the bounds of the date-to-COO
-// search.
-#include "registers/dates.h"
-
+// The date helpers of the journal readings and the bound of the date-to-COO search.
 #include <array>
 #include <cstdlib>
 #include <ctime>
 #include <string>
 
+#include "registers/dates.h"
 #include "support/fixture.h"
 
 using namespace orbtest;
@@ -21,7 +19,7 @@ std::string minus_plus(const char* data, int dias, int subtrai) {
   return out.data();
 }
 
-TEST(Dates, MaskMatchesTheShapeOfTheTextStart) {
+TEST(Dates, MaskAndComparison) {
   EXPECT_EQ(comparaComMascara("12/03/2024 and more", "NN/NN/NNNN"), 1);
   EXPECT_EQ(comparaComMascara("12-03.2024", "NN/NN/NNNN"), 1);  // any punctuation
   EXPECT_EQ(comparaComMascara("12/03/202", "NN/NN/NNNN"), 0);   // shorter than the mask
@@ -29,26 +27,19 @@ TEST(Dates, MaskMatchesTheShapeOfTheTextStart) {
   EXPECT_EQ(comparaComMascara("12\t3x", "NN N?"), 1);  // any white space; "?" anything
   EXPECT_EQ(comparaComMascara("12x34", "NN NN"), 0);
   EXPECT_EQ(comparaComMascara(nullptr, "N"), 0);
-}
-
-TEST(Dates, MinusPlusCountsFromTheDayAfter) {
-  EXPECT_EQ(minus_plus("10032024", 0, 0), "11032024");
-  EXPECT_EQ(minus_plus("10032024", 20, 1), "20022024");  // leap year
-  EXPECT_EQ(minus_plus("31122023", 0, 0), "01012024");
-  EXPECT_EQ(minus_plus("15012024", 1800, 1), "11022019");
-  EXPECT_EQ(minus_plus("31022024", 0, 0), "03032024");  // carried over as a calendar does
-}
-
-TEST(Dates, CompareReadsBothForms) {
   EXPECT_EQ(timeCompare("10/03/2024", "10032024"), 0);
   EXPECT_EQ(timeCompare("11032024", "10/03/2024"), 1);
   EXPECT_EQ(timeCompare("31122024", "01012025"), 2);
   EXPECT_EQ(timeCompare(nullptr, "01012000"), 2);
 }
 
-TEST(Dates, WholeDaysWhateverTheDaylightSavingRules) {
-  // Summer time switching at midnight (a local midnight that does not exist)
-  // and in the small hours; POSIX rules, no zone database needed.
+TEST(Dates, MinusPlusCountsWholeDaysFromTheDayAfter) {
+  EXPECT_EQ(minus_plus("10032024", 0, 0), "11032024");
+  EXPECT_EQ(minus_plus("10032024", 20, 1), "20022024");  // leap year
+  EXPECT_EQ(minus_plus("31122023", 0, 0), "01012024");
+  EXPECT_EQ(minus_plus("15012024", 1800, 1), "11022019");
+  EXPECT_EQ(minus_plus("31022024", 0, 0), "03032024");  // carried over as a calendar does
+  // Summer time switching at a midnight that does not exist, and in the small hours.
   for (const char* tz : {"BRT3BRST,M10.3.0/0,M2.3.0/0", "CET-1CEST,M3.5.0,M10.5.0/3"}) {
     setenv("TZ", tz, 1);
     tzset();

@@ -1,70 +1,170 @@
-// General register reads: the read command, the bounded text and the check
-// that the register is programmed.
+// Internal register helpers: the general register read, the day's sales sums,
+// the first free partial register and the journal's serial number.
 #include <gtest/gtest.h>
 
+#include <array>
+#include <numeric>
 #include <string>
+#include <tuple>
 #include <vector>
 
+#include "orbelan.h"
+#include "registers/journal.h"
+#include "registers/partials.h"
+#include "registers/totals.h"
 #include "registers/values.h"
 #include "support/fixture.h"
 
 using namespace orbtest;
-using orbelan::Executa_Leitura_Registrador_Geral;
+using namespace orbelan;
 
 namespace {
 
-using RegisterRead = Session;
-
-TEST_F(RegisterRead, SendsTheRegisterAndCopiesTheBoundedText) {
-  reply(134, "000123");
-  char valor[19] = "old";
-  EXPECT_EQ(Executa_Leitura_Registrador_Geral(134, 3, valor, 0), 0);
-  EXPECT_STREQ(valor, "000123");
-  EXPECT_EQ(payloads(134), std::vector<Bytes>{{3}});
-  EXPECT_EQ(operations()[0].flag, 1);
-
-  reply(133, "1234567890123456789012345678");
-  EXPECT_EQ(Executa_Leitura_Registrador_Geral(133, 1, valor, 0, 8), 0);
-  EXPECT_STREQ(valor, "1234567");
-  reply(133, "999", 22);
-  EXPECT_EQ(Executa_Leitura_Registrador_Geral(133, 3, valor, 0), 2582);
-  EXPECT_STREQ(valor, "");
+// One general register read, rendered "ret:value" (the value starts as "old").
+std::string rd(int cmd, int reg, int verifica = 0, std::size_t tam = kTamValorRegistrador) {
+  char v[30] = "old";
+  const std::uint16_t ret = Executa_Leitura_Registrador_Geral(cmd, reg, v, verifica, tam);
+  return std::to_string(ret) + ":" + v;
 }
 
-TEST_F(RegisterRead, ProgrammedCheckReadsOnlyListedRegisters) {
-  char valor[19] = "";
+TEST_F(Session, GeneralReadAndItsProgrammedCheck) {
+  reply(133, "1234567890123456789012345678");
+  EXPECT_EQ(rd(133, 1, 0, 8), "0:1234567");
+  EXPECT_EQ(operations()[0].flag, 1);
+  // With the check, only a register in its category's list is read; the last
+  // reply byte is not part of the list and 128 and above never match.
+  vp_clear_calls();
   push(37, 0, {2, 20, 22, 24, 0});
   reply(133, "4711");
-  EXPECT_EQ(Executa_Leitura_Registrador_Geral(133, 22, valor, 1), 0);
-  EXPECT_STREQ(valor, "4711");
+  EXPECT_EQ(rd(133, 22, 1), "0:4711");
   EXPECT_EQ(commands(), (Cmds{37, 133}));
-
-  vp_clear_calls();
-  push(37, 0, {2, 20, 21, 0});   // not listed
-  push(37, 0, {2, 20, 22});      // the last reply byte is not part of the list
-  push(37, 0, {2, 0, 0});        // empty list
-  push(37, 0, {4, 36, 134, 0});  // 128 and above never match
-  for (int reg : {22, 22, 22, 134}) {
-    EXPECT_EQ(Executa_Leitura_Registrador_Geral(133, reg, valor, 1), 0);
-    EXPECT_EQ(valor, std::string(16, '0'));
+  for (const auto& [list, reg] : {std::pair{Bytes{2, 20, 21, 0}, 22},
+                                  {Bytes{2, 20, 22}, 22},
+                                  {Bytes{2, 0, 0}, 22},
+                                  {Bytes{4, 36, 134, 0}, 134}}) {
+    push(37, 0, list);
+    EXPECT_EQ(rd(133, reg, 1), "0:" + std::string(16, '0')) << reg;
   }
-  // A reply too short to scan leaves the register readable; a failed list
-  // is returned.
+  // A reply too short to scan leaves the register readable; a failed list is returned.
   push(37, 0, {5, 60});
-  EXPECT_EQ(Executa_Leitura_Registrador_Geral(133, 61, valor, 1), 0);
-  EXPECT_EQ(vp_count_cmd(133), 1);
+  rd(133, 61, 1);
   push(37, 22);
-  EXPECT_EQ(Executa_Leitura_Registrador_Geral(133, 40, valor, 1), 2582);
-  EXPECT_EQ(vp_count_cmd(133), 1);
+  EXPECT_EQ(rd(133, 40, 1).substr(0, 5), "2582:");
+  EXPECT_EQ(vp_count_cmd(133), 2);
+  EXPECT_EQ(payloads(37), (std::vector<Bytes>{{2}, {2}, {2}, {2}, {4}, {5}, {1}}));
+}
 
-  // The list asked for is the register's category; unprogrammable numbers
-  // are read unchecked.
+using Regs = std::vector<int>;
+Regs range(int from, int to) {
+  Regs r(static_cast<std::size_t>(to - from + 1));
+  std::iota(r.begin(), r.end(), from);
+  return r;
+}
+Regs operator+(Regs a, const Regs& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+std::string digits18(const Regs& regs, long plus = 0) {
+  const std::string s = std::to_string(std::accumulate(regs.begin(), regs.end(), plus));
+  return "0:" + std::string(18 - s.size(), '0') + s;
+}
+// The reads of the gross sales and the deductions of the net sales, in order.
+const Regs kBruta = Regs{8, 134, 7, 11, 12, 13} + range(20, 34) + range(36, 39) + range(100, 114) + Regs{135};
+const Regs kDeducoes = Regs{7, 8} + range(36, 39) + range(100, 110) + Regs{114, 134};
+
+// Each read answers its register's number as value; the read at position
+// `falha` fails with driver code 1 (the reads it skips are not scripted).
+void script(const Regs& regs, std::size_t falha = SIZE_MAX) {
   vp_clear_calls();
-  stick(37, 0, {0, 0, 0});
-  for (int reg : {20, 34, 36, 40, 54, 60, 78, 100, 135, 3, 35, 55, 79, 115, 136})
-    Executa_Leitura_Registrador_Geral(133, reg, valor, 1);
-  EXPECT_EQ(payloads(37), (std::vector<Bytes>{{2}, {2}, {4}, {1}, {1}, {5}, {5}, {4}, {4}}));
-  EXPECT_EQ(vp_count_cmd(133), 6);
+  for (std::size_t i = 0; i < regs.size(); ++i)
+    push(133, i == falha ? 1 : 0, bytes_with(30, 1, i == falha ? "" : std::to_string(regs[i])));
+}
+// The registers read with command 133, in order.
+Regs read() {
+  Regs out;
+  for (const auto& c : operations())
+    if (c.cmd == 133) out.push_back(input(c)[2]);
+  return out;
+}
+// A sales figure, rendered "ret:value".
+std::string sales(std::uint16_t (*f)(int, char*), int verifica = 0) {
+  char v[19] = "old";
+  const std::uint16_t ret = f(verifica, v);
+  return std::to_string(ret) + ":" + v;
+}
+
+TEST_F(Session, DailySalesOverEveryRegister) {
+  script(kBruta + kBruta + kDeducoes);
+  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria), digits18(kBruta));
+  // What stays of the net: the tax rates on goods, 11..13, 111..113 and 135.
+  EXPECT_EQ(sales(Calcular_Venda_Liquida_Diaria),
+            digits18(Regs{11, 12, 13} + range(20, 34) + Regs{111, 112, 113, 135}));
+  EXPECT_EQ(read(), kBruta + kBruta + kDeducoes);
+  // With the check: 134 and 135 in the list never match, 7 and 8 are read unchecked.
+  stick(37, 0, {2, 20, 36, 100, 111, 112, 113, 114, 134, 135, 0});
+  const Regs lidos{8, 7, 11, 12, 13, 20, 36, 100, 111, 112, 113, 114};
+  script(lidos);
+  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria, 1), digits18(lidos));
+  EXPECT_EQ(read(), lidos);
+  char valor[19];  // a computed value is never negative and never wrapped
+  Escreve_Soma(-5, valor);
+  EXPECT_EQ(std::string(valor), std::string(18, '0'));
+  Escreve_Soma(12345678901LL, valor);
+  EXPECT_STREQ(valor, "000000012345678901");
+}
+
+TEST_F(Session, DailySalesMaskFailedLoopsUnlessTheyEndTheCalculation) {
+  // 22 fails: 23..34 are never read and the service registers follow.
+  const Regs bruta = Regs{8, 134, 7, 11, 12, 13, 20, 21, 22} + range(36, 39) + range(100, 114) + Regs{135};
+  script(bruta, 8);
+  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria), digits18(bruta, -22));
+  // The net sales: 37 fails, 38 and 39 are skipped, 114 is read regardless.
+  const Regs deducoes = Regs{7, 8, 36, 37} + range(100, 110) + Regs{114, 134};
+  script(kBruta + deducoes, kBruta.size() + 3);
+  EXPECT_EQ(sales(Calcular_Venda_Liquida_Diaria),
+            digits18(kBruta, 37 - std::accumulate(deducoes.begin(), deducoes.end(), 0L)));
+  EXPECT_EQ(read(), kBruta + deducoes);
+  // A failure among 11..13 or 111..114, or of the net's 8 or 114, is the result.
+  for (const Regs& reads : {Regs{8, 134, 7, 11, 12}, Regs(kBruta.begin(), kBruta.end() - 3), kBruta + Regs{7, 8},
+                            kBruta + Regs{7, 8} + range(36, 39) + range(100, 110) + Regs{114}}) {
+    script(reads, reads.size() - 1);
+    EXPECT_EQ(sales(Calcular_Venda_Liquida_Diaria), "2561:");
+    EXPECT_EQ(read(), reads);
+  }
+}
+
+TEST_F(Session, FreeNumberSearch) {
+  Bytes full5(19), full6(16);
+  std::iota(full5.begin(), full5.end(), 60);
+  std::iota(full6.begin(), full6.end(), 116);
+  using Case = std::tuple<int, Bytes, std::uint16_t, int>;  // category, list, result, number found
+  for (const auto& [tipo, list, ret, want] : std::vector<Case>{{5, {20, 40, 60, 61, 63, 116}, 0, 62},
+                                                               {5, full5, 2582, 0},
+                                                               {5, {61, 62}, 0, 60},
+                                                               {5, {}, 0, 60},
+                                                               {6, full6, 2582, 0} /* 132 is never offered */,
+                                                               {3, {}, 0, 0},
+                                                               {3, {20, 40}, 2582, 0}}) {
+    push(38, 0, list);
+    std::uint8_t livre = 0xEE;
+    EXPECT_EQ(Proximo_Registrador_Livre(tipo, &livre), ret) << tipo << " " << want;
+    EXPECT_EQ(livre, want) << tipo;
+  }
+  push(38, 10);
+  std::uint8_t livre = 9;
+  EXPECT_EQ(Proximo_Registrador_Livre(5, &livre), 2570);
+  EXPECT_EQ(livre, 0);
+  EXPECT_EQ(TamListaRegistradores, 0);  // the walk's cache is not touched
+}
+
+TEST_F(Session, JournalSerialNumberIsFourteenBytes) {
+  std::array<char, 15> serie{};
+  push(231, 0, bytes_with(20, 0, "MF123456789012XYZ"));
+  EXPECT_EQ(ConsultaNumeroSerieMFD(serie.data()), 0);
+  EXPECT_STREQ(serie.data(), "MF123456789012");
+  E4Close();
+  EXPECT_EQ(ConsultaNumeroSerieMFD(serie.data()), 2869);
+  EXPECT_STREQ(serie.data(), "");
 }
 
 }  // namespace

@@ -1,7 +1,6 @@
-// Whole roads of the other documents on the virtual printer: a non-fiscal
-// coupon, a management report printed from a file, the day's readings, and the
-// store-number procedure of a payment register creation resumed across
-// sessions after the printer refused it.
+// Whole roads of the other documents: a non-fiscal coupon, a management report
+// printed from a file, the day's readings, and the store-number procedure of a
+// payment register creation resumed across sessions after refusals.
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -25,8 +24,8 @@ Cmds procedure() {
   return out;
 }
 
-void refuse(int cmd, int times) {
-  for (int i = 0; i < times; ++i) push(cmd, 1);
+void refuse(int cmd) {
+  for (int i = 0; i < 3; ++i) push(cmd, 1);
 }
 
 }  // namespace
@@ -41,7 +40,6 @@ TEST_F(Documents, NonFiscalCouponClosedByItsPayment) {
   EXPECT_EQ(E4RegPag(60, "5000"), 0);
   state(0);
   EXPECT_EQ(E4FimCP(0, nullptr), 0);  // nothing left to close
-
   EXPECT_EQ(sent(), (Cmds{157, 133, 133, 159, 6, 153, 158, 224, 6}));
   EXPECT_EQ(payload(157), Bytes{0} + texts({"", "", "", "Suprimento"}));
   EXPECT_EQ(payload(159), Bytes({40, 0}) + texts({"50,00"}));
@@ -53,17 +51,28 @@ TEST_F(Documents, NonFiscalCouponClosedByItsPayment) {
 
 TEST_F(Documents, ManagementReportPrintedFromAFile) {
   write_file("NomeOper.cfg", "Rita");
-  write_file("relatorio.txt", "Caixa 1\r\n" + std::string(80, 'x') + "\nTotal\n");
+  write_file("relatorio.txt", "Caixa 1\r\n" + std::string(80, 'x') + "\n\nTotal\n");
   EXPECT_EQ(E4IniCP(20, "3"), 0);
   state(26);
   EXPECT_EQ(E4ImpVinc("relatorio.txt", "10"), 0);  // fewer lines than asked
+  EXPECT_EQ(E4ImpVinc("relatorio.txt", "1"), 0);
+  EXPECT_EQ(E4ImpVinc("relatorio.txt", "0"), 0);
+  EXPECT_EQ(E4ImpVinc("relatorio.txt", "abc"), 0);
   EXPECT_EQ(E4FimCP(0, "ignorada"), 0);
-
-  EXPECT_EQ(sent(), (Cmds{220, 130, 130, 130, 6, 221, 224}));
+  EXPECT_EQ(sent(), (Cmds{220, 130, 130, 130, 130, 130, 6, 221, 224}));
   EXPECT_EQ(payload(220), Bytes({'t' + 3, 0}));
-  EXPECT_EQ(payloads(130), (std::vector<Bytes>{texts({"Caixa 1"}), texts({std::string(56, 'x')}), texts({"Total"})}));
+  EXPECT_EQ(payloads(130), (std::vector<Bytes>{texts({"Caixa 1"}), texts({std::string(56, 'x')}), texts({""}),
+                                               texts({"Total"}), texts({"Caixa 1"})}));
   EXPECT_EQ(payload(221), Bytes{5} + texts({"Rita"}));
   EXPECT_EQ(read_file("EcfZandor.cpm"), "RGR");
+  // Failures are given untranslated, a missing file's and a refused line's.
+  vp_clear_calls();
+  EXPECT_EQ(E4ImpVinc("falta.txt", "3"), 2902);
+  push(130, 0);
+  push(130, 1);
+  EXPECT_EQ(E4ImpVinc("relatorio.txt", "3"), 2904);
+  EXPECT_EQ(sent(), (Cmds{130, 130}));
+  EXPECT_FALSE(logged("E4ImpVinc5600 - fim com ret=2904 "));  // returned without its exit line
 }
 
 TEST_F(Documents, XReadingThenReductionWaitingForAPrinterThatStaysBusy) {
@@ -74,33 +83,20 @@ TEST_F(Documents, XReadingThenReductionWaitingForAPrinterThatStaysBusy) {
   write_file("EcfZandorCOO.ind", "\nCOO000300$1");
   stick(1, 1);  // the availability poll never succeeds
   clear_waits();
-
   EXPECT_EQ(E4IniCP(4, ""), 0);
-  EXPECT_EQ(sent(), (Cmds{160, 224}));
   EXPECT_EQ(E4IniCP(5, ""), 0);
   EXPECT_EQ(sent(), (Cmds{160, 224, 162, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 224, 10}));
   EXPECT_EQ(payload(160), texts({"Rita", ""}));
   EXPECT_EQ(payload(162), texts({"Rita", ""}));
-  for (const auto& c : operations()) {
-    if (c.cmd == 1) {
-      EXPECT_EQ(c.inlen, 0);  // not even the sequence field
-    }
-  }
-
-  const auto w = waits();
-  ASSERT_EQ(w.size(), 11U);
-  EXPECT_TRUE(w[0].micro);
-  EXPECT_EQ(w[0].amount, 100000U);
-  EXPECT_FALSE(w[1].micro);
-  EXPECT_EQ(w[1].amount, 5U);
-  for (std::size_t i = 2; i < w.size(); ++i) EXPECT_TRUE(!w[i].micro && w[i].amount == 1U) << i;
+  EXPECT_TRUE(last_input(1).empty());  // not even the sequence field
+  ASSERT_EQ(waits().size(), 11U);      // one before each poll, a second each after the second
+  EXPECT_TRUE(!waits().back().micro && waits().back().amount == 1U);
   EXPECT_TRUE(logged("ReducaoZ5600 verificada a disponibilidade ret=1"));
   EXPECT_TRUE(logged("ReducaoZ5600 - fim com ret=0 "));
-
   // The day's files end with the day; the last coupon's stay for its vouchers.
   EXPECT_EQ(read_file("EcfZandorCoo.pgt"), "");
-  EXPECT_EQ(read_file("EcfZandorCOO.ind"), "");
   EXPECT_TRUE(file_exists("EcfZandorCOO.ind"));
+  EXPECT_EQ(read_file("EcfZandorCOO.ind"), "");
   EXPECT_EQ(read_file("EcfZandor.pgt"), "000300#$61");
   EXPECT_EQ(read_file("EcfZandor.ind"), "$1");
 }
@@ -108,47 +104,40 @@ TEST_F(Documents, XReadingThenReductionWaitingForAPrinterThatStaysBusy) {
 TEST_F(Fresh, RegisterCreationRefusedMidwayResumesAtTheNextOpens) {
   vp_answer_identity();
   stick(246, 0, bytes_with(5, 0, "0042"));  // the printer's store number
+  const auto reopen = [] {
+    E4Close();
+    vp_clear_calls();
+    return E4Open(0, 0);
+  };
   ASSERT_EQ(E4Open(0, 0), 0);
   ASSERT_EQ(read_file(kStatus), "00042");
-
   // A new payment register: store "9999" is refused three times, so the
-  // procedure stops in state "1".
-  refuse(245, 3);
+  // procedure stops in state "1"; the next session sends it.
+  refuse(245);
   push(4, 0, {0, 1});  // no X reading due after a reduction
   vp_clear_calls();
   unsigned char reg = 62;
   EXPECT_EQ(E4RPCria(5, "CARTAO", "1", &reg), 0);
   EXPECT_EQ(procedure(), (Cmds{245, 245, 245}));
   EXPECT_EQ(read_file(kStatus), "10042");
-  E4Close();
-
-  // The next session sends "9999".
-  vp_clear_calls();
-  ASSERT_EQ(E4Open(0, 0), 0);
+  ASSERT_EQ(reopen(), 0);
   EXPECT_EQ(procedure(), Cmds{245});
   EXPECT_EQ(payload(245), texts({"9999"}));
   EXPECT_EQ(read_file(kStatus), "20042");
-
   // The next document restores the saved number before it opens; refused
   // again, the procedure stops in state "3" and the coupon opens all the same.
-  refuse(245, 3);
+  refuse(245);
   vp_clear_calls();
   EXPECT_EQ(E4IniCP(2, ""), 0);
   EXPECT_EQ(sent(), (Cmds{245, 245, 245, 141, 133, 133}));
   EXPECT_EQ(payload(245), texts({"0042"}));
   EXPECT_EQ(read_file(kStatus), "30042");
-  E4Close();
-
   // Resumed step by step by the following sessions.
-  vp_clear_calls();
-  ASSERT_EQ(E4Open(0, 0), 0);
+  ASSERT_EQ(reopen(), 0);
   EXPECT_EQ(procedure(), Cmds{245});
   EXPECT_EQ(payload(245), texts({"0042"}));
   EXPECT_EQ(read_file(kStatus), "40042");
-  E4Close();
-
-  vp_clear_calls();
-  ASSERT_EQ(E4Open(0, 0), 0);
+  ASSERT_EQ(reopen(), 0);
   EXPECT_EQ(procedure(), (Cmds{160, 224}));
   EXPECT_EQ(payload(160), (Bytes{0, 0}));
   EXPECT_EQ(read_file(kStatus), "00042");

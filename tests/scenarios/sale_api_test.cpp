@@ -1,8 +1,6 @@
-// Whole sales on the virtual printer, from the consumer's identification to the
-// vouchers of the card payments and their reversal by a cancellation. The
-// printer's document state is scripted as a printer reports it (command 6), and
-// so are the counters it is asked for (command 133: the COO, register 3, and
-// the CCF, register 137, in the order the library reads them).
+// Whole sales, from the consumer's identification to the vouchers of the card
+// payments and their reversal. The document state (command 6) and the counters
+// (command 133: the COO, then the CCF) are scripted as a printer reports them.
 #include <initializer_list>
 #include <set>
 #include <string>
@@ -16,7 +14,6 @@ using namespace orbtest;
 
 namespace {
 
-// The next register reads, in order.
 void counters(std::initializer_list<std::string> values) {
   for (const auto& v : values) push(133, 0, bytes_with(20, 1, v));
 }
@@ -29,8 +26,7 @@ class Sale : public Session {
     stick(139, 0, bytes_with(10, 1, "22112026"));  // business date
   }
 
-  // Coupon 000100 with one item, paid with `pagamentos` and closed; the calls
-  // it made are forgotten.
+  // Coupon 000100 with one item, paid with `pagamentos` and closed.
   void venda(std::initializer_list<std::pair<std::uint8_t, const char*>> pagamentos) {
     counters({"000100", "000100"});
     state(2);
@@ -46,8 +42,7 @@ class Sale : public Session {
   }
 };
 
-// The entry and exit lines of the exported functions of the sale and of their
-// main steps, in the order written.
+// The entry and exit lines of the sale's functions and main steps, in order.
 std::vector<std::string> steps() {
   static const std::set<std::string> names = {
       "E4Cons", "E4IniCP", "Abre_Cupom_Fiscal", "E4IteCF", "E4IteCFEsp", "Vender_Item", "E4DesIt", "E4AcrIt",
@@ -88,7 +83,6 @@ TEST_F(Sale, IdentifiedConsumerItemsAdjustmentsTwoPaymentsAndClosing) {
   ASSERT_EQ(E4RegPag(61, "1550"), 0);
   state(15);  // paid with change
   ASSERT_EQ(E4FimCP(0, "Volte sempre"), 0);
-
   EXPECT_EQ(sent(), (Cmds{141, 133, 133,                           // opening, its COO recorded
                           193, 193,                                // items
                           6, 207,                                  // item discount
@@ -106,7 +100,6 @@ TEST_F(Sale, IdentifiedConsumerItemsAdjustmentsTwoPaymentsAndClosing) {
   EXPECT_EQ(payload(130), texts({"Volte sempre"}));
   // The consumer went out with the opening: the closing carries three empty texts.
   EXPECT_EQ(payload(142), Bytes{5} + texts({"Rita", "", "", ""}));
-
   EXPECT_EQ(read_file("EcfZandor.pgt"), "000100#$60$61");
   EXPECT_TRUE(file_exists("EcfZandor.ind"));
   EXPECT_EQ(read_file("EcfZandor.ind"), "");
@@ -114,7 +107,6 @@ TEST_F(Sale, IdentifiedConsumerItemsAdjustmentsTwoPaymentsAndClosing) {
   EXPECT_EQ(read_file("EcfZandor.cpm"), "CPF");
   EXPECT_EQ(read_file("EcfAcresItens.cpf"), "000045 0021.50\r\n");
   EXPECT_EQ(read_file("EcfTotalAcrescItens.cpf"), "22112026000045" "1.50\r\n");
-
   const std::string corte = "\x01";  // the cut request, printed as a character
   const std::vector<std::string> trace = {
       "E4Cons5600 - inicio - Nome=Maria Numero=123 Endereco=Rua A",
@@ -189,7 +181,6 @@ TEST_F(Sale, CardPaymentGetsOneVoucher) {
   EXPECT_EQ(read_file("EcfZandor.ind"), "$2");
   EXPECT_EQ(read_file("EcfZandorCOO.ind"), "\nCOO000100$2");
   EXPECT_EQ(read_file("EcfZandor.cpm"), "CCD");
-
   // The coupon had one card payment on 61: no second voucher for it.
   vp_clear_calls();
   EXPECT_EQ(E4IniCP(17, "61"), 2561);
@@ -207,7 +198,6 @@ TEST_F(Sale, CancellationReversesTheVouchersNewestFirstThenTheCoupon) {
   }
   EXPECT_EQ(payloads(218), (std::vector<Bytes>{{0x00, 0x01, 0x00, 1}, {0x00, 0x01, 0x00, 2}}));
   EXPECT_EQ(read_file("EcfZandorCOO.ind"), "\nCOO000100$1$2");
-
   // Nothing open; the vouchers were COO 101 and 102, each reversal stays open
   // (state 27) until it is closed.
   vp_clear_calls();
