@@ -12,6 +12,7 @@ using namespace orbtest;
 
 namespace {
 
+using Strings = std::vector<std::string>;
 const std::string kSecao = "[QuorvelPOS\\ImpressoraFiscal]\n";
 const std::string kTerminal =
     "OVULTerm=UL01\nOVNomeTerm=CAIXA01\nOVCodSftw=SW1\nOVCodHrdw=HW1\nOVTipHrdw=TH1\nOVCodFbr=FB1\n";
@@ -45,30 +46,16 @@ class Agent : public Fresh {
 
 const std::string kErro38 = "Erro retornado pela impressora = 38" + kSerie;
 
-// After a close the first result is not reported: when the next open fails on
-// its second query, only that failure reaches the agent, not a recovery.
-TEST_F(Agent, OpenSendsTheDayStateAndTheInventoryCloseStopsTheAgent) {
+// The open reports the day's state and the inventory; each error is sent once, then its recovery; close stops.
+TEST_F(Agent, OpenSendsTheDayStateAndTheInventoryThenErrorsAndRecoveries) {
   abre();
-  EXPECT_EQ(double_calls(), (std::vector<std::string>{
-                                "StartInfOV([CAIXA01 ][UL01    ][60])",
-                                send("INFODIA ", "03", " Ainda nao ocorreu Reducao Z de Fechamento de Dia "),
-                                "SendInfGen([INVCAIXA01 UL01    22/11/2026 10:30:0001TH1     |HW1     |FB1     |"
-                                "Numero de Serie|ZD010203040506070809|Versao Aplic|Orbelan 5600|Firmware|V01.05.02|"
-                                "Modelo|MZ-5600 FI|Marca|ZANDOR|Reducoes Z Restantes|2178|"
-                                "Reducao Z|000000000000000012|Percentual MFD|002450|\\xAF|])"}));
-  E4PutError(2869);
-  ASSERT_EQ(E4Close(), 0);
-  EXPECT_EQ(double_calls(inicio), (std::vector<std::string>{send("2869    ", "02", kSemErro), "StopInfOV([0])"}));
-  EXPECT_FALSE(double_loaded("OAPlugin"));
-  push(86, 38);
-  inicio = dbl_count();
-  EXPECT_EQ(E4Open(0, 0), 2872);
-  EXPECT_EQ(double_calls(inicio), (std::vector<std::string>{"StartInfOV([CAIXA01 ][UL01    ][60])",
-                                                            send("2872    ", "03", kErro38), "StopInfOV([0])"}));
-}
-
-TEST_F(Agent, ErrorsRecoveryDuplicatesAndFailedSends) {
-  abre();
+  EXPECT_EQ(double_calls(),
+            (Strings{"StartInfOV([CAIXA01 ][UL01    ][60])",
+                     send("INFODIA ", "03", " Ainda nao ocorreu Reducao Z de Fechamento de Dia "),
+                     "SendInfGen([INVCAIXA01 UL01    22/11/2026 10:30:0001TH1     |HW1     |FB1     |"
+                     "Numero de Serie|ZD010203040506070809|Versao Aplic|Orbelan 5600|Firmware|V01.05.02|"
+                     "Modelo|MZ-5600 FI|Marca|ZANDOR|Reducoes Z Restantes|2178|"
+                     "Reducao Z|000000000000000012|Percentual MFD|002450|\\xAF|])"}));
   E4PutError(2869);
   E4PutError(2869);  // the same code again is not sent
   E4PutError(0);     // recovery, under every type
@@ -77,28 +64,14 @@ TEST_F(Agent, ErrorsRecoveryDuplicatesAndFailedSends) {
   push(10, 38);  // a printer error: translated, group 1, described with the printer's code
   EXPECT_EQ(E4RdData(nullptr, nullptr, nullptr, nullptr, nullptr), 2872);
   EXPECT_EQ(E4infOvitraM("INFODIA ", "01", "dia", "|x"), 0);  // always type 03
-  EXPECT_EQ(double_calls(inicio),
-            (std::vector<std::string>{send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro),
-                                      send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro),
-                                      send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro),
-                                      send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro),
-                                      send("2872    ", "03", kErro38), send("INFODIA ", "03", "dia|x")}));
-  // A send that fails is not remembered, and stops the recovery.
-  inicio = dbl_count();
-  dbl_push_result("SendInf", 0);
-  E4PutError(2869);  // fails: sent again next time
-  E4PutError(2869);
-  dbl_push_result("SendInf", 1);
-  dbl_push_result("SendInf", 0);
-  E4PutError(0);  // the second of three sends fails
-  EXPECT_EQ(double_calls(inicio).size(), 4u);
-  E4PutError(0);
-  EXPECT_EQ(double_calls(inicio).size(), 7u);
-  // A failed reduction.
-  inicio = dbl_count();
-  push(162, 38);
-  EXPECT_EQ(E4IniCP(5, "0"), 2872);
-  EXPECT_EQ(double_calls(inicio).front(), send("2950    ", "02", "Erro ao emitir Reducao Z|Erro Impressora = 38||"));
+  ASSERT_EQ(E4Close(), 0);
+  EXPECT_EQ(
+      double_calls(inicio),
+      (Strings{send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro), send("IMPOK   ", "01", kSemErro),
+               send("IMPOK   ", "03", kSemErro), send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro),
+               send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro), send("2872    ", "03", kErro38),
+               send("INFODIA ", "03", "dia|x"), "StopInfOV([0])"}));
+  EXPECT_FALSE(double_loaded("OAPlugin"));
 }
 
 TEST_F(Agent, ConfiguredGroups) {
@@ -128,38 +101,26 @@ TEST_F(Agent, DefaultGroupsAndCodesNotReported) {
       abre(ovsetings, grupos);
       E4PutError(2869);
       E4PutError(196);
-      EXPECT_EQ(double_calls(inicio), ovsetings == "1111" ? std::vector<std::string>{send("2869    ", "02", kSemErro)}
-                                                          : std::vector<std::string>{});
+      EXPECT_EQ(double_calls(inicio), ovsetings == "1111" ? Strings{send("2869    ", "02", kSemErro)} : Strings{});
       EXPECT_TRUE(logged("infOvitra5600 Erro 196 nao listado, nao reportado ao OV"));
       ASSERT_EQ(E4Close(), 0);
     }
   }
 }
 
-// The plug-in refusing to start, lacking an entry point or missing (each
-// preparation stays in force for the next): the open fails before the printer
-// is initialised, with the trace switched off, and the plug-in is not kept.
-TEST_F(Agent, PluginThatCannotBeUsedFailsTheOpen) {
-  const std::pair<void (*)(), const char*> casos[] = {
-      {[] { dbl_set_result("StartInfOV", 0); }, "iniciaOV5600 A biblioteca OV nao foi iniciada ret=0"},
-      {[] { redirect_dlopen(kAgentPluginPath, double_path("OAPlugin_semSendInf")); },
-       "LoadlibInfOV5600 Erro funcao SendInf nao encontrada erro="},
-      {[] { fail_dlopen(kAgentPluginPath); }, "LoadlibInfOV5600 erro="},
-  };
-  for (const auto& [prepara, linha] : casos) {
-    SCOPED_TRACE(linha);
-    write_file("Orbelan.txt", "");
-    configura("1", "");
-    prepara();
-    EXPECT_EQ(E4Open(0, 0), 2900);
-    const auto linhas = log_lines();
-    EXPECT_EQ(linhas.back(), "E4Open5600 Erro 2900");
-    EXPECT_TRUE(std::any_of(linhas.begin(), linhas.end(), [&](const std::string& l) { return l.starts_with(linha); }));
-    EXPECT_EQ(count_calls(VP_INICIALIZA), 0);
-    EXPECT_FALSE(double_loaded("OAPlugin"));
-    EXPECT_FALSE(double_loaded("OAPlugin_semSendInf"));
-    enable_trace(1);
-  }
+// A plug-in lacking an entry point fails the open before the printer is
+// initialised, with the trace switched off, and is not kept.
+TEST_F(Agent, PluginMissingAnEntryPointFailsTheOpen) {
+  configura("1", "");
+  redirect_dlopen(kAgentPluginPath, double_path("OAPlugin_semSendInf"));
+  EXPECT_EQ(E4Open(0, 0), 2900);
+  const auto linhas = log_lines();
+  EXPECT_EQ(linhas.back(), "E4Open5600 Erro 2900");
+  EXPECT_TRUE(std::any_of(linhas.begin(), linhas.end(), [](const std::string& l) {
+    return l.starts_with("LoadlibInfOV5600 Erro funcao SendInf nao encontrada erro=");
+  }));
+  EXPECT_EQ(count_calls(VP_INICIALIZA), 0);
+  EXPECT_FALSE(double_loaded("OAPlugin_semSendInf"));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "orbelan.h"
 #include "support/fixture.h"
@@ -11,15 +12,6 @@
 using namespace orbtest;
 
 namespace {
-
-void next_state(std::uint8_t s) { push(6, 0, {s, 0}); }
-
-// The day's payment lines ending with `last_coupon`, and the voucher index of
-// coupon 100 with its voucher ordinals.
-void day_files(const std::string& last_coupon, const std::string& ordinals) {
-  write_file("EcfZandorCoo.pgt", "\nCPF000099$60\r\n\n" + last_coupon);
-  write_file("EcfZandorCOO.ind", "\nCOO000100" + ordinals);
-}
 
 // The register reads (133) answer the COO, or the CCF when a cancelled fiscal
 // coupon is recorded beside the business date (139).
@@ -39,17 +31,14 @@ TEST_F(Closing, DispatchOnTheDocumentStateAndFailures) {
   // the CCF read of the item-increase bookkeeping (133); 22 is only totalled;
   // 24 is totalled again before its amounts.
   const std::tuple<std::uint8_t, int, unsigned short, Cmds> rows[] = {
-      {0, 0, 0, {6}},         {2, 0, 2862, {6}},     {19, 0, 2634, {6}},   {9, 0, 0, {6}},
-      {14, 0, 0, {6, 6, 188, 6, 142, 224, 133}},     {15, 0, 0, {6, 6, 6, 189, 142, 224, 133}},
-      {16, 0, 0, {6, 142, 224, 133}},                {17, 0, 0, {6, 228, 224}},
-      {18, 0, 0, {6, 228, 224}},                     {20, 0, 0, {6, 153, 158, 224}},
-      {21, 0, 0, {6, 158, 224}},                     {22, 0, 0, {6, 153}},
-      {23, 0, 0, {6, 6, 188, 6, 158, 224}},          {24, 0, 0, {6, 153, 6, 188, 6, 189, 158, 224}},
-      {25, 0, 0, {6, 158, 224}},                     {26, 0, 0, {6, 221, 224}},
-      {27, 0, 0, {6, 229, 224}},
+      {0, 0, 0, {6}}, {2, 0, 2862, {6}}, {19, 0, 2634, {6}}, {9, 0, 0, {6}}, {16, 0, 0, {6, 142, 224, 133}},
+      {14, 0, 0, {6, 6, 188, 6, 142, 224, 133}}, {15, 0, 0, {6, 6, 6, 189, 142, 224, 133}}, {17, 0, 0, {6, 228, 224}},
+      {18, 0, 0, {6, 228, 224}}, {20, 0, 0, {6, 153, 158, 224}}, {21, 0, 0, {6, 158, 224}}, {22, 0, 0, {6, 153}},
+      {23, 0, 0, {6, 6, 188, 6, 158, 224}}, {24, 0, 0, {6, 153, 6, 188, 6, 189, 158, 224}}, {25, 0, 0, {6, 158, 224}},
+      {26, 0, 0, {6, 221, 224}}, {27, 0, 0, {6, 229, 224}},
       // A failure stops the remaining steps, but in 24 the amount received is
       // printed whatever the totalling gave.
-      {16, 142, 2561, {6, 142}},                     {14, 188, 2561, {6, 6, 188}},
+      {16, 142, 2561, {6, 142}}, {14, 188, 2561, {6, 6, 188}},
       {24, 153, 0, {6, 153, 6, 188, 6, 189, 158, 224}},
   };
   for (const auto& [s, refused, ret, cmds] : rows) {
@@ -61,20 +50,16 @@ TEST_F(Closing, DispatchOnTheDocumentStateAndFailures) {
   }
 }
 
-TEST_F(Closing, FiscalClosingCarriesMessageOperatorAndLateConsumer) {
+TEST_F(Closing, MessageOperatorAndLateConsumer) {
   write_file("NomeOper.cfg", "Maria");
   ASSERT_EQ(E4Cons("Ana", "123", "Rua B"), 0);
   state(16);
   EXPECT_EQ(E4FimCP(7, "Volte sempre"), 0);
-  EXPECT_EQ(sent(), (Cmds{6, 130, 142, 224, 133}));
-  EXPECT_EQ(payload(130), texts({"Volte sempre"}));
   EXPECT_EQ(payload(142), Bytes{5} + texts({"Maria", "Ana", "123", "Rua B"}));
   // The consumer is spent: the next closing carries three empty texts.
   EXPECT_EQ(E4FimCup(), 0);
   EXPECT_EQ(payload(142), Bytes{5} + texts({"Maria", "", "", ""}));
-}
-
-TEST_F(Closing, LongMessageIsCutAndMasked) {
+  // A long message is cut and its quotes masked.
   const std::string msg = "\"" + std::string(399, 'x');
   state(21);
   EXPECT_EQ(E4FimCP(0, msg.c_str()), 0);
@@ -89,47 +74,33 @@ TEST_F(Closing, CutSwitchManualCutAndPaperAdvance) {
   state(16);
   EXPECT_EQ(E4FimCP(0, nullptr), 0);
   EXPECT_EQ(E4CortaPapel(), 0);
-  EXPECT_EQ(sent(), (Cmds{6, 142, 133, 223, 224}));
-  EXPECT_EQ(payload(223), Bytes{1});
   EXPECT_EQ(payload(224), Bytes{});
-  vp_clear_calls();
   push(223, 1);
   EXPECT_EQ(E4CortaPapel(), 2561);
-  EXPECT_EQ(sent(), Cmds{223});
   EXPECT_EQ(E4CorteImp(1), 0);
   EXPECT_EQ(E4CortaPapel(), 2960);
-  vp_clear_calls();  // the advance: only in state 0, modulo 256
-  EXPECT_EQ(E4AvancaPapel(1, 5), 0);
-  EXPECT_TRUE(sent().empty());
+  EXPECT_EQ(E4AvancaPapel(1, 5), 0);  // the advance: only in state 0, modulo 256
   EXPECT_EQ(E4AvancaPapel(0, 300), 0);
-  EXPECT_EQ(sent(), Cmds{223});
-  EXPECT_EQ(payload(223), Bytes{44});
+  EXPECT_EQ(sent(), (Cmds{6, 142, 133, 223, 224, 223, 223}));
+  EXPECT_EQ(payloads(223), (std::vector<Bytes>{{1}, {1}, {44}}));
 }
 
 TEST_F(Cancel, OpenFiscalCouponIsCancelledAndRecorded) {
   write_file("NomeOper.cfg", "Ana");
   state(2);  // no preparation before totalling
   reply(133, "000042");
-  EXPECT_EQ(E4CanCup(), 0);
-  EXPECT_EQ(sent(), (Cmds{6, 6, 154, 224, 139, 133}));
-  EXPECT_EQ(payload(154), Bytes{5} + texts({"Ana"}));
-  EXPECT_EQ(read_file("EcfCancelados.cpf"), "15032024000042\r\n");
-  std::remove("EcfCancelados.cpf");
-  vp_clear_calls();
   push(154, 1);
   EXPECT_EQ(E4CanCup(), 2561);
-  EXPECT_EQ(sent(), (Cmds{6, 6, 154}));
   EXPECT_FALSE(file_exists("EcfCancelados.cpf"));
+  EXPECT_EQ(E4CanCup(), 0);
+  EXPECT_EQ(sent(), (Cmds{6, 6, 154, 6, 6, 154, 224, 139, 133}));
+  EXPECT_EQ(payload(154), Bytes{5} + texts({"Ana"}));
+  EXPECT_EQ(read_file("EcfCancelados.cpf"), "15032024000042\r\n");
 }
 
 TEST_F(Cancel, CouponInPaymentIsPreparedFirstAndOthersClosed) {
-  struct Row {
-    std::uint8_t state;
-    std::string paid, payments;
-    unsigned short ret;
-    Cmds cmds;
-  };
-  const Row rows[] = {
+  // State, amount paid (none: not read), the coupon's payments, result, commands.
+  const std::tuple<std::uint8_t, std::string, std::string, unsigned short, Cmds> rows[] = {
       // a report or a reversal is closed; a reading cannot be cancelled
       {26, "", "", 0, {6, 221, 224}},
       {27, "", "", 0, {6, 229, 224}},
@@ -141,16 +112,17 @@ TEST_F(Cancel, CouponInPaymentIsPreparedFirstAndOthersClosed) {
       // paid in part by one payment: a token payment of 0,01 on register 60
       {14, "500", "000100#$61", 0, {6, 6, 138, 190, 6, 185, 154, 224, 139, 133}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [st, paid, payments, ret, cmds] : rows) {
+    SCOPED_TRACE(testing::Message() << int(st) << payments);
     vp_clear_calls();
-    state(row.state);
-    if (!row.paid.empty()) {
+    state(st);
+    if (!paid.empty()) {
       push(138, 0, bytes_with(20, 0, "1000"));
-      push(190, 0, bytes_with(20, 0, "\x01" + row.paid));
-      write_file("EcfZandor.pgt", row.payments);
+      push(190, 0, bytes_with(20, 0, "\x01" + paid));
+      write_file("EcfZandor.pgt", payments);
     }
-    EXPECT_EQ(E4CanCup(), row.ret) << int(row.state) << row.payments;
-    EXPECT_EQ(sent(), row.cmds) << int(row.state) << row.payments;
+    EXPECT_EQ(E4CanCup(), ret);
+    EXPECT_EQ(sent(), cmds);
   }
   EXPECT_EQ(payloads(185), (std::vector<Bytes>{Bytes{60} + texts({"0,01"})}));
 }
@@ -173,45 +145,35 @@ TEST_F(Cancel, LastDocumentByItsType) {
   EXPECT_EQ(payload(217), (Bytes{0, 0}));
 }
 
-TEST_F(Cancel, OpenVoucherIsClosedThenReversedWithItsNonFiscalCoupon) {
-  day_files("CNF000100$60", "$1");
-  next_state(17);
-  reply(133, "000101");
-  next_state(27);
-  EXPECT_EQ(E4CanCup(), 0);
-  EXPECT_EQ(sent(), (Cmds{6, 228, 224, 133, 219, 6, 229, 224, 217, 224}));
-}
-
-TEST_F(Cancel, ReversalWithoutItsCouponOrRefused) {
-  write_file("EcfZandor.cpm", "CCD");
-  // The vouchers do not follow the last coupon: only they are reversed.
-  day_files("CPF000095$61$61", "$1$2");
-  next_state(0);
-  reply(133, "000102");
-  next_state(27);
-  next_state(27);
-  EXPECT_EQ(E4CanCup(), 0);
-  EXPECT_EQ(sent(), (Cmds{6, 133, 219, 6, 229, 224, 219, 6, 229, 224}));
-  vp_clear_calls();
-  day_files("CPF000100$61$62", "$1$2");
-  next_state(0);
-  reply(133, "000102");
-  push(219, 220);
-  EXPECT_EQ(E4CanCup(), 2749);
-  EXPECT_EQ(sent(), (Cmds{6, 133, 219}));
-}
-
-TEST_F(Cancel, VoucherIndexProblems) {
-  write_file("EcfZandor.cpm", "CCD");
-  state(0);
-  stick(133, 0, bytes_with(20, 1, "000110"));
-  day_files("CPF000100$61", "$1$2$3$4$5$6$7$8$9$10");  // ten vouchers: unreadable count
-  EXPECT_EQ(E4CanCup(), 2049);
-  std::remove("EcfZandorCOO.ind");
-  EXPECT_EQ(E4CanCup(), 2902);
-  write_file("EcfZandorCOO.ind", "\nCOO000100$1$2");
-  std::remove("EcfZandorCoo.pgt");
-  EXPECT_EQ(E4CanCup(), 2902);
+TEST_F(Cancel, VoucherReversals) {
+  // The last coupon's day line and coupon 100's voucher ordinals (nullptr: no
+  // file), the states reported, the current COO, a result of command 219 (or 0),
+  // the result, the commands.
+  using Row = std::tuple<const char*, const char*, std::vector<std::uint8_t>, const char*, int, unsigned short, Cmds>;
+  const Row rows[] = {
+      // an open voucher is closed, then reversed with its non-fiscal coupon
+      {"CNF000100$60", "$1", {17, 27}, "000101", 0, 0, {6, 228, 224, 133, 219, 6, 229, 224, 217, 224}},
+      // the vouchers do not follow the last coupon: only they are reversed
+      {"CPF000095$61$61", "$1$2", {0, 27, 27}, "000102", 0, 0, {6, 133, 219, 6, 229, 224, 219, 6, 229, 224}},
+      {"CPF000100$61$62", "$1$2", {0}, "000102", 220, 2749, {6, 133, 219}},
+      {"CPF000100$61", "$1$2$3$4$5$6$7$8$9$10", {0}, "000110", 0, 2049, {6, 133}},  // ten: unreadable count
+      {"CPF000100$61", nullptr, {0}, "000110", 0, 2902, {6, 133}},
+      {nullptr, "$1$2", {0}, "000110", 0, 2902, {6, 133}},
+  };
+  int row = 0;
+  for (const auto& [coupon, ordinals, states, coo, refused, ret, cmds] : rows) {
+    SCOPED_TRACE(row++);
+    vp_clear_calls();
+    write_file("EcfZandor.cpm", "CCD");
+    write_file("EcfZandorCoo.pgt", "\nCPF000099$60\r\n\n" + std::string(coupon ? coupon : ""));
+    write_file("EcfZandorCOO.ind", "\nCOO000100" + std::string(ordinals ? ordinals : ""));
+    if (coupon == nullptr) std::remove("EcfZandorCoo.pgt");
+    if (ordinals == nullptr) std::remove("EcfZandorCOO.ind");
+    for (std::uint8_t s : states) push(6, 0, {s, 0});
+    reply(133, coo);
+    if (refused != 0) push(219, refused);
+    EXPECT_EQ(E4CanCup(), ret);
+    EXPECT_EQ(sent(), cmds);
+  }
   EXPECT_TRUE(logged("analisaEstorno5600 ret=2902 iQtdeCCD=2 sTipoDoc= iStDocEmitido=0"));
-  EXPECT_EQ(sent(), (Cmds{6, 133, 6, 133, 6, 133}));
 }

@@ -13,21 +13,22 @@
 
 using namespace orbtest;
 
+// A function that forgot the lock would only show up here when run concurrently:
+// every exported definition takes it first, and there is one per prototype.
 TEST(CallLock, EveryExportedFunctionTakesItFirst) {
   const auto raiz = std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
   const std::regex definicao(R"((?:extern "C" )?ORBELAN_API unsigned short (E4\w+)\([^;{]*\)\s*\{\s*([^\n]*))");
   std::vector<std::string> sem_trava;
-  int definidas = 0;
+  long definidas = 0;
   for (const auto& e : std::filesystem::recursive_directory_iterator(raiz / "src")) {
     const std::string texto = e.path().extension() == ".cpp" ? read_file(e.path()) : "";
     for (std::sregex_iterator it(texto.begin(), texto.end(), definicao), fim; it != fim; ++it, ++definidas)
       if ((*it)[2] != "ORB_LOCK();") sem_trava.push_back((*it)[1]);
   }
   EXPECT_EQ(sem_trava, std::vector<std::string>{}) << "without ORB_LOCK() first";
-  const std::string cabecalho = read_file(raiz / "include" / "orbelan.h");
+  const std::string h = read_file(raiz / "include" / "orbelan.h");
   const std::regex prototipo(R"(ORBELAN_API unsigned short E4\w+\()");
-  EXPECT_EQ(definidas,
-            std::distance(std::sregex_iterator(cabecalho.begin(), cabecalho.end(), prototipo), std::sregex_iterator()));
+  EXPECT_EQ(definidas, std::distance(std::sregex_iterator(h.begin(), h.end(), prototipo), std::sregex_iterator()));
 }
 
 // Sales (E4IteCF calls E4IteCFEsp: the thread holding the lock takes it again)
@@ -50,16 +51,8 @@ TEST_F(Session, ConcurrentCallersAreServedOneWholeCallAtATime) {
     return (state(2), E4IniCP(2, "")) || E4IteCF(20, "1", "ITEM", "1000", "1200") || E4RegPag(60, "12,00") ||
            (state(16), E4FimCP(0, nullptr));
   });
-  for (int t = 0; t < 2; ++t)
-    corre(kConsultas, [] {
-      char status[16] = {};
-      return E4Status(status);
-    });
-  corre(kConsultas, [] {
-    char data[9], hora[5], movimento[9];
-    unsigned char verao = 0, reducao = 0;
-    return E4RdData(data, hora, &verao, movimento, &reducao);
-  });
+  for (int t = 0; t < 2; ++t) corre(kConsultas, [] { return E4Status(std::vector<char>(16).data()); });
+  corre(kConsultas, [] { return E4RdData(nullptr, nullptr, nullptr, nullptr, nullptr); });
   for (auto& t : threads) t.join();
   EXPECT_EQ(falhas, 0);
   EXPECT_EQ(vp_count_cmd(193), kVendas);
@@ -76,11 +69,10 @@ TEST_F(Session, ConcurrentCallersAreServedOneWholeCallAtATime) {
     if (!std::regex_search(*l, m, marca)) continue;
     if (m[2] == "inicio") {
       abertas.push_back(m[1]);
-    } else {
-      ASSERT_FALSE(abertas.empty()) << *l;
-      ASSERT_EQ(abertas.back(), m[1]) << *l;
-      abertas.pop_back();
+      continue;
     }
+    ASSERT_TRUE(!abertas.empty() && abertas.back() == m[1]) << *l;
+    abertas.pop_back();
   }
   EXPECT_TRUE(abertas.empty());
   int anterior = 0;  // the sequence field ran on without a repeat or a gap

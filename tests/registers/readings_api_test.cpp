@@ -23,62 +23,52 @@ std::string pauses() {
   return s;
 }
 
-TEST_F(Readings, XReadingCutsAndMayOpenAReport) {
+TEST_F(Readings, XReadingCutsAndReductionCarriesItsArguments) {
   EXPECT_EQ(E4IniCP(4, "1"), 0);
   EXPECT_EQ(commands(), (Cmds{160, 224, 220}));
   EXPECT_EQ(payload(160), (Bytes{0, 0}));
-  vp_clear_calls();
   push(160, 1);
   EXPECT_EQ(E4IniCP(4, "1"), 2561);
-  EXPECT_EQ(vp_count_cmd(224) + vp_count_cmd(220), 0);
-}
-
-TEST_F(Readings, ReductionCarriesTheOperatorTheFlagAndTheCountOfTheTime) {
+  EXPECT_EQ(sent(), (Cmds{160, 224, 220, 160}));
+  // The reduction carries the operator, the flag and the count of the time.
   write_file("NomeOper.cfg", "JO");
   EXPECT_EQ(E4IniCP(5, ""), 0);
   EXPECT_EQ(payload(162), (Bytes{'J', 'O', 0, 0}));
   EXPECT_EQ(operations().front().flag, 0);
   std::remove("NomeOper.cfg");
-  const std::pair<const char*, std::uint8_t> cases[] = {{"10130", 2}, {"10400", 4}, {"10401", 5},
-                                                        {"10900", 5}, {"10000", 0}, {"S", 0}};
-  for (const auto& [hora, minutos] : cases) {
+  for (const auto& [hora, minutos] : {std::pair<const char*, std::uint8_t>{"10130", 2},
+                                      {"10400", 4}, {"10401", 5}, {"10900", 5}, {"10000", 0}, {"S", 0}}) {
     EXPECT_EQ(E4IniCP(5, hora), 0) << hora;
     EXPECT_EQ(payload(162), (Bytes{0, 0, static_cast<std::uint8_t>(hora[0]), minutos})) << hora;
   }
 }
 
 TEST_F(Readings, ReductionPollsUntilThePrinterAnswersButNoLonger) {
-  clear_waits();
-  // Available at once: one short wait, then the cut and the reduction state.
-  EXPECT_EQ(E4IniCP(5, ""), 0);
-  EXPECT_EQ(commands(), (Cmds{162, 1, 224, 10}));
-  EXPECT_TRUE(last_input(1).empty());
-  EXPECT_EQ(pauses(), "100000us ");
-  vp_clear_calls();
-  push(1, 1);
-  push(1, 1);
-  EXPECT_EQ(E4IniCP(5, ""), 0);
-  EXPECT_EQ(commands(), (Cmds{162, 1, 1, 1, 224, 10}));
-  EXPECT_EQ(pauses(), "100000us 5s 1s ");
-  // Still busy after ten polls: no failure of the reduction.
-  vp_clear_calls();
-  stick(1, 1);
-  EXPECT_EQ(E4IniCP(5, ""), 0);
-  EXPECT_EQ(vp_count_cmd(1), 10);
-  EXPECT_EQ(pauses(), "100000us 5s 1s 1s 1s 1s 1s 1s 1s 1s 1s ");
-  EXPECT_EQ(sent().back(), 10);
+  // Available at once, after two busy polls, or still busy after ten (no
+  // failure then): the cut and the reduction state follow.
+  for (const auto& [busy, polls, waited] : {std::tuple{0, 1, "100000us "}, {2, 3, "100000us 5s 1s "},
+                                            {-1, 10, "100000us 5s 1s 1s 1s 1s 1s 1s 1s 1s 1s "}}) {
+    vp_clear_calls();
+    clear_waits();
+    for (int i = 0; i < busy; ++i) push(1, 1);
+    if (busy < 0) stick(1, 1);
+    EXPECT_EQ(E4IniCP(5, ""), 0);
+    Cmds want{162};
+    want.resize(polls + 1, 1);
+    want.insert(want.end(), {224, 10});
+    EXPECT_EQ(sent(), want);
+    EXPECT_EQ(pauses(), waited);
+  }
   // A refused reduction or cut ends it.
   vp_clear_calls();
+  stick(1, 0);
   push(162, 1);
   EXPECT_EQ(E4IniCP(5, ""), 2561);
-  EXPECT_EQ(vp_count_cmd(1) + vp_count_cmd(224) + vp_count_cmd(10), 0);
   EXPECT_EQ(pauses(), "");
   push(224, 1);
   EXPECT_EQ(E4IniCP(5, ""), 2561);
-  EXPECT_EQ(vp_count_cmd(10), 0);
+  EXPECT_EQ(sent(), (Cmds{162, 162, 1, 224}));
 }
-
-// ---- the reduction data record -------------------------------------------------
 
 // A reply echoing `reg` in byte 0 with `text` at `at`.
 Bytes echo(int reg, std::size_t at, const std::string& text) {
@@ -87,9 +77,9 @@ Bytes echo(int reg, std::size_t at, const std::string& text) {
   return b;
 }
 // A register value (command 133): its number, 13 digits from byte 6; register
-// 9's is shorter, to show the NULs that fill a field.
+// 13's is shorter, to show the NULs that fill a field.
 std::string value_of(int reg) {
-  return reg == 9 ? "77" : std::string(13 - std::to_string(reg).size(), '0') + std::to_string(reg);
+  return reg == 13 ? "77" : std::string(13 - std::to_string(reg).size(), '0') + std::to_string(reg);
 }
 void value(int reg, int result = 0) { push(133, result, echo(reg, 6, result == 0 ? value_of(reg) : "")); }
 // A label blank-padded to 15 bytes, a value NUL-padded to 13, a comma.
@@ -99,12 +89,9 @@ std::string entry(std::string label, int reg) {
   v.resize(13, '\0');
   return label + v + ",";
 }
-
 const std::vector<std::pair<const char*, int>> kFixed{
     {"AS", 135},  {"AT", 9},  {"Can-S", 114}, {"Can-T", 7}, {"DS", 134},  {"DT", 8},   {"F1", 11},
     {"FS1", 111}, {"I1", 12}, {"IS1", 112},   {"N1", 13},   {"NS1", 113}, {"OPNF", 16}};
-const std::vector<std::pair<const char*, int>> kNonFiscal{
-    {"ACRE NAO-FISC", 19}, {"CANC NAO-FISC", 17}, {"DESC NAO-FISC", 18}};
 
 // Two totalisers (the second name longer than its field) and the non-fiscal entries.
 std::string script_rest() {
@@ -114,7 +101,8 @@ std::string script_rest() {
   push(33, 0, echo(41, 3, "SUPRIMENTO DE CAIXA"));
   value(41);
   std::string out = entry("SANGRIA", 40) + entry("SUPRIMENTO DE C", 41);
-  for (const auto& [label, reg] : kNonFiscal) {
+  for (const auto& [label, reg] :
+       {std::pair{"ACRE NAO-FISC", 19}, {"CANC NAO-FISC", 17}, {"DESC NAO-FISC", 18}}) {
     value(reg);
     out += entry(label, reg);
   }
@@ -131,39 +119,21 @@ std::string record(std::size_t n, std::size_t size = 2250) {
 
 using ReductionData = Session;
 
-TEST_F(ReductionData, WholeRecordByteForByte) {
-  push(37, 0, {2, 20, 0});
-  push(37, 0, {4, 36, 0});
-  for (const auto& [reg, rate, tax] :
-       {std::tuple{20, "18,00", "0000000000000360"}, std::tuple{36, "05,00", "0000000000000025"}}) {
-    push(36, 0, echo(reg, 1, rate));
-    value(reg);
-    push(136, 0, echo(reg, 1, tax));
-  }
-  std::string want =
-      "0:01T1800        " + value_of(20) + "0000000000000360," + "01S0500        " + value_of(36) + "0000000000000025,";
-  for (const auto& [label, reg] : kFixed) {
-    if (reg == 134) push(241, 0, {1});
-    value(reg);
-    want += entry(label, reg);
-  }
-  want += script_rest();
-  EXPECT_EQ(record(want.size() - 2), want);
-  EXPECT_EQ(vp_count_cmd(241), 1);
-  EXPECT_EQ(last_input(37).at(2), 1);  // the totalisers' category
-}
-
-TEST_F(ReductionData, EntriesWithoutEchoOrDataAreLeftOut) {
+TEST_F(ReductionData, RecordByteForByteWithoutTheEntriesLackingEchoOrData) {
   push(37, 0, {2, 20, 21, 22, 0});
-  push(37, 0, {3, 36, 0});            // the services list does not echo its category
+  push(37, 0, {4, 36, 0});
   push(36, 0, echo(99, 1, "18,00"));  // no label for 20, its value and tax stay
   value(20);
   push(136, 0, echo(20, 1, "0000000000000360"));
   push(36, 22);  // 21 has no data: its value and tax are not asked
-  push(36, 0, echo(22, 1, "07,00"));
-  value(22);
-  push(136, 0, echo(22, 1, "0000000000000001"));
-  std::string want = "0:" + value_of(20) + "0000000000000360," + "03T0700        " + value_of(22) + "0000000000000001,";
+  std::string want = "0:" + value_of(20) + "0000000000000360,";
+  for (const auto& [reg, pos, rate, tax] :
+       {std::tuple{22, "03T", "07,00", "0000000000000001"}, std::tuple{36, "01S", "05,00", "0000000000000025"}}) {
+    push(36, 0, echo(reg, 1, rate));
+    value(reg);
+    push(136, 0, echo(reg, 1, tax));
+    want += pos + std::string(rate).erase(2, 1) + std::string(8, ' ') + value_of(reg) + tax + ",";
+  }
   for (const auto& [label, reg] : kFixed) {
     if (reg == 134) {
       push(241, 0, {0});  // no service discounts: "DS" skipped
@@ -176,24 +146,20 @@ TEST_F(ReductionData, EntriesWithoutEchoOrDataAreLeftOut) {
   }
   want += script_rest();
   EXPECT_EQ(record(want.size() - 2), want);
-  EXPECT_EQ(vp_count_cmd(136), 2);
+  EXPECT_EQ(vp_count_cmd(241), 1);
+  EXPECT_EQ(last_input(37).at(2), 1);  // the totalisers' category
 }
 
 TEST_F(ReductionData, OtherFailuresStopEverythingAndTheRecordIsBounded) {
   push(37, 0, {2, 0});
-  push(37, 0, {4, 0});
+  push(37, 0, {3, 36, 0});  // the services list does not echo its category: left out
   value(135);
   value(9, 1);
   EXPECT_EQ(record(29), "2561:" + entry("AS", 135));
-  EXPECT_EQ(vp_count_cmd(133), 2);
+  EXPECT_EQ(vp_count_cmd(133) + vp_count_cmd(36), 2);
   EXPECT_TRUE(logged("E4DadosReducao5600 - fim com ret=1 "));  // the driver's own code, traced untranslated
-  // A printer listing one tax register over and over fills no more than the
-  // largest record, 2249 bytes.
-  Bytes lista(49, 20);
-  lista[0] = 2;
-  push(37, 0, lista);
-  lista[0] = 4;
-  push(37, 0, lista);
+  // A printer listing one tax register over and over fills no more than the largest record, 2249 bytes.
+  for (std::uint8_t cat : {2, 4}) push(37, 0, Bytes{cat} + Bytes(48, 20));
   stick(36, 0, echo(20, 1, "18,00"));
   stick(133, 0, echo(20, 6, "1234567890123"));
   stick(136, 0, echo(20, 1, "1234567890123456"));

@@ -1,5 +1,6 @@
 // Internal register helpers: the general register read, the day's sales sums,
-// the first free partial register and the journal's serial number.
+// the first free partial register, and the date helpers of the journal readings
+// with the bound of the date-to-COO search.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -9,7 +10,7 @@
 #include <vector>
 
 #include "orbelan.h"
-#include "registers/journal.h"
+#include "registers/dates.h"
 #include "registers/partials.h"
 #include "registers/totals.h"
 #include "registers/values.h"
@@ -64,8 +65,9 @@ Regs operator+(Regs a, const Regs& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;
 }
-std::string digits18(const Regs& regs, long plus = 0) {
-  const std::string s = std::to_string(std::accumulate(regs.begin(), regs.end(), plus));
+long sum(const Regs& regs) { return std::accumulate(regs.begin(), regs.end(), 0L); }
+std::string digits18(long n) {
+  const std::string s = std::to_string(n);
   return "0:" + std::string(18 - s.size(), '0') + s;
 }
 // The reads of the gross sales and the deductions of the net sales, in order.
@@ -93,36 +95,30 @@ std::string sales(std::uint16_t (*f)(int, char*), int verifica = 0) {
   return std::to_string(ret) + ":" + v;
 }
 
-TEST_F(Session, DailySalesOverEveryRegister) {
+TEST_F(Session, DailySalesOverEveryRegisterMaskingFailedLoopsUnlessTheyEndIt) {
   script(kBruta + kBruta + kDeducoes);
-  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria), digits18(kBruta));
+  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria), digits18(sum(kBruta)));
   // What stays of the net: the tax rates on goods, 11..13, 111..113 and 135.
   EXPECT_EQ(sales(Calcular_Venda_Liquida_Diaria),
-            digits18(Regs{11, 12, 13} + range(20, 34) + Regs{111, 112, 113, 135}));
+            digits18(sum(Regs{11, 12, 13} + range(20, 34) + range(111, 113)) + 135));
   EXPECT_EQ(read(), kBruta + kBruta + kDeducoes);
   // With the check: 134 and 135 in the list never match, 7 and 8 are read unchecked.
   stick(37, 0, {2, 20, 36, 100, 111, 112, 113, 114, 134, 135, 0});
   const Regs lidos{8, 7, 11, 12, 13, 20, 36, 100, 111, 112, 113, 114};
   script(lidos);
-  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria, 1), digits18(lidos));
+  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria, 1), digits18(sum(lidos)));
   EXPECT_EQ(read(), lidos);
-  char valor[19];  // a computed value is never negative and never wrapped
+  char valor[19];  // a computed value is never negative
   Escreve_Soma(-5, valor);
   EXPECT_EQ(std::string(valor), std::string(18, '0'));
-  Escreve_Soma(12345678901LL, valor);
-  EXPECT_STREQ(valor, "000000012345678901");
-}
-
-TEST_F(Session, DailySalesMaskFailedLoopsUnlessTheyEndTheCalculation) {
   // 22 fails: 23..34 are never read and the service registers follow.
   const Regs bruta = Regs{8, 134, 7, 11, 12, 13, 20, 21, 22} + range(36, 39) + range(100, 114) + Regs{135};
   script(bruta, 8);
-  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria), digits18(bruta, -22));
+  EXPECT_EQ(sales(Calcular_Venda_Bruta_Diaria), digits18(sum(bruta) - 22));
   // The net sales: 37 fails, 38 and 39 are skipped, 114 is read regardless.
   const Regs deducoes = Regs{7, 8, 36, 37} + range(100, 110) + Regs{114, 134};
   script(kBruta + deducoes, kBruta.size() + 3);
-  EXPECT_EQ(sales(Calcular_Venda_Liquida_Diaria),
-            digits18(kBruta, 37 - std::accumulate(deducoes.begin(), deducoes.end(), 0L)));
+  EXPECT_EQ(sales(Calcular_Venda_Liquida_Diaria), digits18(sum(kBruta) + 37 - sum(deducoes)));
   EXPECT_EQ(read(), kBruta + deducoes);
   // A failure among 11..13 or 111..114, or of the net's 8 or 114, is the result.
   for (const Regs& reads : {Regs{8, 134, 7, 11, 12}, Regs(kBruta.begin(), kBruta.end() - 3), kBruta + Regs{7, 8},
@@ -137,34 +133,59 @@ TEST_F(Session, FreeNumberSearch) {
   Bytes full5(19), full6(16);
   std::iota(full5.begin(), full5.end(), 60);
   std::iota(full6.begin(), full6.end(), 116);
-  using Case = std::tuple<int, Bytes, std::uint16_t, int>;  // category, list, result, number found
-  for (const auto& [tipo, list, ret, want] : std::vector<Case>{{5, {20, 40, 60, 61, 63, 116}, 0, 62},
-                                                               {5, full5, 2582, 0},
-                                                               {5, {61, 62}, 0, 60},
-                                                               {5, {}, 0, 60},
-                                                               {6, full6, 2582, 0} /* 132 is never offered */,
-                                                               {3, {}, 0, 0},
-                                                               {3, {20, 40}, 2582, 0}}) {
-    push(38, 0, list);
+  // Category, the list read's result and list, the result and the number found (132 is never offered).
+  using Case = std::tuple<int, int, Bytes, std::uint16_t, int>;
+  for (const auto& [tipo, lido, list, ret, want] :
+       std::vector<Case>{{5, 0, {20, 40, 60, 61, 63, 116}, 0, 62}, {5, 0, full5, 2582, 0}, {5, 0, {61, 62}, 0, 60},
+                         {6, 0, full6, 2582, 0}, {3, 0, {}, 0, 0}, {3, 0, {20, 40}, 2582, 0}, {5, 10, {}, 2570, 0}}) {
+    push(38, lido, list);
     std::uint8_t livre = 0xEE;
     EXPECT_EQ(Proximo_Registrador_Livre(tipo, &livre), ret) << tipo << " " << want;
     EXPECT_EQ(livre, want) << tipo;
   }
-  push(38, 10);
-  std::uint8_t livre = 9;
-  EXPECT_EQ(Proximo_Registrador_Livre(5, &livre), 2570);
-  EXPECT_EQ(livre, 0);
   EXPECT_EQ(TamListaRegistradores, 0);  // the walk's cache is not touched
 }
 
-TEST_F(Session, JournalSerialNumberIsFourteenBytes) {
-  std::array<char, 15> serie{};
-  push(231, 0, bytes_with(20, 0, "MF123456789012XYZ"));
-  EXPECT_EQ(ConsultaNumeroSerieMFD(serie.data()), 0);
-  EXPECT_STREQ(serie.data(), "MF123456789012");
-  E4Close();
-  EXPECT_EQ(ConsultaNumeroSerieMFD(serie.data()), 2869);
-  EXPECT_STREQ(serie.data(), "");
+std::string minus_plus(const char* data, int dias, int subtrai) {
+  std::array<char, 9> out{};
+  timeMinusPlus(data, dias, subtrai, out);
+  return out.data();
+}
+
+TEST(Dates, MaskComparisonAndDaysCountedFromTheDayAfter) {
+  EXPECT_EQ(comparaComMascara("12/03/2024 and more", "NN/NN/NNNN"), 1);
+  EXPECT_EQ(comparaComMascara("12-03.2024", "NN/NN/NNNN"), 1);  // any punctuation
+  EXPECT_EQ(comparaComMascara("12/03/202", "NN/NN/NNNN"), 0);   // shorter than the mask
+  EXPECT_EQ(comparaComMascara("1a/03/2024", "NN/NN/NNNN"), 0);
+  EXPECT_EQ(comparaComMascara("12\t3x", "NN N?"), 1);  // any white space; "?" anything
+  EXPECT_EQ(comparaComMascara("12x34", "NN NN"), 0);
+  EXPECT_EQ(comparaComMascara(nullptr, "N"), 0);
+  EXPECT_EQ(timeCompare("10/03/2024", "10032024"), 0);
+  EXPECT_EQ(timeCompare("11032024", "10/03/2024"), 1);
+  EXPECT_EQ(timeCompare("31122024", "01012025"), 2);
+  EXPECT_EQ(timeCompare(nullptr, "01012000"), 2);
+  EXPECT_EQ(minus_plus("10032024", 0, 0), "11032024");
+  EXPECT_EQ(minus_plus("10032024", 20, 1), "20022024");  // leap year
+  EXPECT_EQ(minus_plus("31122023", 0, 0), "01012024");
+  EXPECT_EQ(minus_plus("15012024", 1800, 1), "11022019");
+  EXPECT_EQ(minus_plus("31022024", 0, 0), "03032024");  // carried over as a calendar does
+}
+
+TEST_F(Session, DateSearchGivesUpAfterEighteenHundredDays) {
+  push(10, 0, bytes_with(40, 25, "15032024"));
+  push(133, 0, bytes_with(8, 1, "000500"));
+  for (int i = 0; i < 180; ++i) {
+    push(194, 0, bytes_with(60, 2, "0001 001 000100  12/03/2024 22:00:00\r\n\r\n"));
+    push(194, 0, {0, 0, 0xCF, 0xDE, 0xB3, 0xD1});
+    push(194, 0);
+  }
+  std::array<char, 7> cooi{'x'}, coof{'y'};
+  EXPECT_EQ(pegaCOOEntreDatas("10032024", "15032024", cooi.data(), coof.data()), 2);
+  EXPECT_EQ(vp_count_cmd(194), 180 * 3);
+  const auto last = operations()[operations().size() - 3];  // the last reading's first packet
+  EXPECT_EQ(std::string(last.in + 2, last.in + 10), "07042019");
+  EXPECT_EQ(std::string(cooi.data()) + coof.data(), "xy");
+  EXPECT_FALSE(file_exists("espelho.log") || file_exists("datas.log"));
 }
 
 }  // namespace
