@@ -56,6 +56,25 @@ std::uint16_t cancela(int comando, std::uint8_t modo, std::int32_t qtdeAvanco, c
   return ret;
 }
 
+// Cancels the document issued last with `comando`, traced under the name of
+// the function `nome`. With `registra` a coupon the printer cancelled is added
+// to the day's list of cancelled coupons.
+std::uint16_t cancela_anterior(const char* nome, int comando, bool registra, std::int32_t qtdeAvanco,
+                               char CortaPapel) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  dumpLog("%s%s - inicio  \n", nome, trace_version());
+  if (ret == 0) {
+    bool aceito = false;
+    ret = cancela(comando, kModoCancelaAnterior, qtdeAvanco, CortaPapel, aceito);
+    // Recorded once the printer has cancelled it, even if the advance or the
+    // cut then failed: the day's list must match the printer.
+    if (aceito && registra) IncluiDadosCFCancelado_Arquivo();
+  }
+  ret = TrataRetorno(ret);
+  dumpLog("%s%s - fim com ret=%d \n", nome, trace_version(), ret);
+  return ret;
+}
+
 bool tipo_igual(const std::array<char, 4>& tipo, const char (&codigo)[4]) {
   return std::memcmp(tipo.data(), codigo, 4) == 0;
 }
@@ -184,30 +203,11 @@ std::uint16_t Cancela_Cupom(std::int32_t qtdeAvanco, char CortaPapel) {
 }
 
 std::uint16_t Cancela_Cupom_Fiscal_Anterior(std::int32_t qtdeAvanco, char CortaPapel) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("Cancela_Cupom_Fiscal_Anterior%s - inicio  \n");
-  if (ret == 0) {
-    bool aceito = false;
-    ret = cancela(155, kModoCancelaAnterior, qtdeAvanco, CortaPapel, aceito);
-    // Recorded once the printer has cancelled it, even if the advance or the
-    // cut then failed: the day's list must match the printer.
-    if (aceito) IncluiDadosCFCancelado_Arquivo();
-  }
-  ret = TrataRetorno(ret);
-  ORB_LOG("Cancela_Cupom_Fiscal_Anterior%s - fim com ret=%d \n", ret);
-  return ret;
+  return cancela_anterior("Cancela_Cupom_Fiscal_Anterior", 155, true, qtdeAvanco, CortaPapel);
 }
 
 std::uint16_t Cancela_Cupom_Nao_Fiscal_Anterior(std::int32_t qtdeAvanco, char CortaPapel) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("Cancela_Cupom_Nao_Fiscal_Anterior%s - inicio  \n");
-  if (ret == 0) {
-    bool aceito = false;
-    ret = cancela(217, kModoCancelaAnterior, qtdeAvanco, CortaPapel, aceito);
-  }
-  ret = TrataRetorno(ret);
-  ORB_LOG("Cancela_Cupom_Nao_Fiscal_Anterior%s - fim com ret=%d \n", ret);
-  return ret;
+  return cancela_anterior("Cancela_Cupom_Nao_Fiscal_Anterior", 217, false, qtdeAvanco, CortaPapel);
 }
 
 std::uint16_t analisaEstorno(const char* nCooCCDCanc, std::uint32_t* iQtdeCCD, char* sTipoDoc,

@@ -3,8 +3,10 @@
 // subtotal, payment total and total received read back.
 #include "documents/payments.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <initializer_list>
 #include <string_view>
 
 #include "documents/nonfiscal.h"
@@ -50,6 +52,31 @@ std::uint16_t le_montante(int cmd, std::size_t inicio, int marcador, float* out)
     // Read as 64 bits on every target (a long is 32 bits on i386).
     if (out != nullptr) *out = static_cast<float>(std::atoll(texto.data()));
   }
+  return ret;
+}
+
+// One bare command of the payment stage, traced under the name of the
+// function `nome`: the sequence field, then a zero byte when `com_zero`. With
+// `estados` given, the coupon's state is read first and the command goes only
+// in one of those states; in any other nothing is sent and 0 comes back.
+std::uint16_t passo_do_pagamento(const char* nome, int cmd, bool com_zero, std::initializer_list<int> estados) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  if (flgLog != 0) dumpLog("%s%s - inicio \n", nome, trace_version());
+  bool envia = ret == 0;
+  if (envia && estados.size() != 0) {
+    std::uint8_t estado = 0;
+    ret = Estado_Cupom_Atual(&estado, nullptr);
+    envia = ret == 0 && std::find(estados.begin(), estados.end(), estado) != estados.end();
+  }
+  if (envia) {
+    Input in;
+    in.seq();
+    if (com_zero) in.byte(0);
+    Reply<10> r;
+    ret = executa(cmd, 0, in, r);
+  }
+  ret = TrataRetorno(ret);
+  if (flgLog != 0) dumpLog("%s%s - fim com ret=%d \n", nome, trace_version(), ret);
   return ret;
 }
 
@@ -112,49 +139,15 @@ std::uint16_t Pagamento_Fiscal_E_NaoFiscal(std::uint8_t RP, const char* Valor, c
 }
 
 std::uint16_t Totaliza_Fiscal_e_NaoFiscal() {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("Totaliza_Fiscal_e_NaoFiscal%s - inicio \n");
-  if (ret == 0) {
-    Input in;
-    in.seq().byte(0);
-    Reply<10> r;
-    ret = executa(153, 0, in, r);
-  }
-  ret = TrataRetorno(ret);
-  ORB_LOG("Totaliza_Fiscal_e_NaoFiscal%s - fim com ret=%d \n", ret);
-  return ret;
+  return passo_do_pagamento("Totaliza_Fiscal_e_NaoFiscal", 153, true, {});
 }
 
 std::uint16_t Troco_Fiscal_E_NaoFiscal() {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("Troco_Fiscal_E_NaoFiscal%s - inicio \n");
-  std::uint8_t estado = 0;
-  if (ret == 0) ret = Estado_Cupom_Atual(&estado, nullptr);
-  if (ret == 0 && (estado == 15 || estado == 24)) {
-    Input in;
-    in.seq().byte(0);
-    Reply<10> r;
-    ret = executa(189, 0, in, r);
-  }
-  ret = TrataRetorno(ret);
-  ORB_LOG("Troco_Fiscal_E_NaoFiscal%s - fim com ret=%d \n", ret);
-  return ret;
+  return passo_do_pagamento("Troco_Fiscal_E_NaoFiscal", 189, true, {15, 24});
 }
 
 std::uint16_t Imprime_Valor_Recebido() {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("Imprime_Valor_Recebido%s - inicio \n");
-  std::uint8_t estado = 0;
-  if (ret == 0) ret = Estado_Cupom_Atual(&estado, nullptr);
-  if (ret == 0 && (estado == 14 || estado == 23 || estado == 24)) {
-    Input in;
-    in.seq();
-    Reply<10> r;
-    ret = executa(188, 0, in, r);
-  }
-  ret = TrataRetorno(ret);
-  ORB_LOG("Imprime_Valor_Recebido%s - fim com ret=%d \n", ret);
-  return ret;
+  return passo_do_pagamento("Imprime_Valor_Recebido", 188, false, {14, 23, 24});
 }
 
 std::uint16_t CalculaTotalRecebido(char* out) {

@@ -60,21 +60,7 @@ std::uint16_t Abre_Gerencial(int tipo) {
 
 std::uint16_t Finaliza_Relatorio_Gerencial(std::int32_t qtdeAvanco, char CortaPapel) {
   ORB_LOG("Finaliza_Relatorio_Gerencial%s - inicio - qtdeAvanco=%d, CortaPapel=%c\n", qtdeAvanco, CortaPapel);
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  if (ret == 0) {
-    std::array<char, 21> operador{};
-    Ler_Operador(operador.data());
-    Input in;
-    in.seq().byte(5).text(view(operador));
-    Reply<10> r;
-    ret = executa(221, 0, in, r);
-    if (ret == 0) FLAGCONS = 0;
-    if (ret == 0 && qtdeAvanco >= 1) ret = E4AvancaPapel(0, qtdeAvanco);
-    if (ret == 0 && CortaPapel != 0) ret = CortedePapel();
-  }
-  ret = TrataRetorno(ret);
-  ORB_LOG("Finaliza_Relatorio_Gerencial%s - fim com ret=%d \n", ret);
-  return ret;
+  return Finaliza_Documento("Finaliza_Relatorio_Gerencial", 221, true, qtdeAvanco, CortaPapel);
 }
 
 }  // namespace orbelan

@@ -37,22 +37,26 @@ void coo_compactado(Input& in, std::string_view coo) {
   in.raw(bcd.data(), bcd.size());
 }
 
-// The closing shared by vouchers and reversals: the operator's name, then the
-// paper advance and the cut.
-std::uint16_t fecha_documento(int cmd, bool gasta_consumidor, std::int32_t qtdeAvanco, char CortaPapel) {
-  std::array<char, 21> operador{};
-  Ler_Operador(operador.data());
-  Input in;
-  in.seq().byte(5).text(view(operador));
-  Reply<10> r;
-  std::uint16_t ret = executa(cmd, 0, in, r);
-  if (ret == 0 && gasta_consumidor) FLAGCONS = 0;
-  if (ret == 0 && qtdeAvanco >= 1) ret = E4AvancaPapel(0, qtdeAvanco);
-  if (ret == 0 && CortaPapel != 0) ret = CortedePapel();
+}  // namespace
+
+std::uint16_t Finaliza_Documento(const char* nome, int cmd, bool gasta_consumidor, std::int32_t qtdeAvanco,
+                                 char CortaPapel) {
+  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
+  if (ret == 0) {
+    std::array<char, 21> operador{};
+    Ler_Operador(operador.data());
+    Input in;
+    in.seq().byte(5).text(view(operador));
+    Reply<10> r;
+    ret = executa(cmd, 0, in, r);
+    if (ret == 0 && gasta_consumidor) FLAGCONS = 0;
+    if (ret == 0 && qtdeAvanco >= 1) ret = E4AvancaPapel(0, qtdeAvanco);
+    if (ret == 0 && CortaPapel != 0) ret = CortedePapel();
+  }
+  ret = TrataRetorno(ret);
+  if (flgLog != 0) dumpLog("%s%s - fim com ret=%d \n", nome, trace_version(), ret);
   return ret;
 }
-
-}  // namespace
 
 std::uint16_t Abre_CCD(const char* COO, std::uint8_t Reg) {
   ORB_LOG("Abre_CCD%s - inicio - Reg=%d\n", Reg);
@@ -102,31 +106,20 @@ std::uint16_t Abre_CCD(const char* COO, std::uint8_t Reg) {
   return ret;
 }
 
+// The opening lines differ: only the voucher's shows the cut flag as a number.
 std::uint16_t Finaliza_CCD(std::int32_t qtdeAvanco, char CortaPapel) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("Finaliza_CCD%s - inicio - qtdeAvanco=%d, CortaPapel=%d\n", qtdeAvanco, CortaPapel);
-  if (ret == 0) ret = fecha_documento(228, true, qtdeAvanco, CortaPapel);
-  ret = TrataRetorno(ret);
-  ORB_LOG("Finaliza_CCD%s - fim com ret=%d \n", ret);
-  return ret;
+  return Finaliza_Documento("Finaliza_CCD", 228, true, qtdeAvanco, CortaPapel);
 }
 
 std::uint16_t Finaliza_Estorno_CCD(std::int32_t qtdeAvanco, char CortaPapel) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("Finaliza_Estorno_CCD%s - inicio - qtdeAvanco=%d, CortaPapel=%c\n", qtdeAvanco, CortaPapel);
-  if (ret == 0) ret = fecha_documento(229, true, qtdeAvanco, CortaPapel);
-  ret = TrataRetorno(ret);
-  ORB_LOG("Finaliza_Estorno_CCD%s - fim com ret=%d \n", ret);
-  return ret;
+  return Finaliza_Documento("Finaliza_Estorno_CCD", 229, true, qtdeAvanco, CortaPapel);
 }
 
 std::uint16_t Finaliza_Estorno(std::int32_t qtdeAvanco, char CortaPapel) {
-  std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
   ORB_LOG("Finaliza_Estorno%s - inicio - qtdeAvanco=%d, CortaPapel=%c \n", qtdeAvanco, CortaPapel);
-  if (ret == 0) ret = fecha_documento(229, false, qtdeAvanco, CortaPapel);
-  ret = TrataRetorno(ret);
-  ORB_LOG("Finaliza_Estorno%s - fim com ret=%d \n", ret);
-  return ret;
+  return Finaliza_Documento("Finaliza_Estorno", 229, false, qtdeAvanco, CortaPapel);
 }
 
 std::uint16_t CancelaCupomCCD(const char* COO, std::int32_t /*qtdeAvanco*/, char /*CortaPapel*/) {

@@ -26,6 +26,13 @@ std::uint16_t Finaliza_Estorno_CCD(std::int32_t qtdeAvanco, char CortaPapel);
 // The same closing, leaving the consumer identification alone (E4FimDoc).
 std::uint16_t Finaliza_Estorno(std::int32_t qtdeAvanco, char CortaPapel);
 
+// The closing shared by vouchers, reversals and management reports (command
+// `cmd`), traced under the name `nome`: the operator's name, then the paper
+// advance and the cut; the consumer identification is spent when
+// `gasta_consumidor`.
+std::uint16_t Finaliza_Documento(const char* nome, int cmd, bool gasta_consumidor, std::int32_t qtdeAvanco,
+                                 char CortaPapel);
+
 // Prints the second copy of the last voucher (command 225) and cuts.
 std::uint16_t ImpSegundaViaCCD();
 

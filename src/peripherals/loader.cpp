@@ -44,18 +44,39 @@ bool abre(const char* loader, const char* lib, void*& handle) {
   return handle != nullptr;
 }
 
-// Resolves one entry point into `destino`; `rotulo` is its name in the
-// message. Entry points resolved before a missing one stay set, and the
-// library stays open.
+// One entry point of a library: its symbol, its name in the message when it is
+// missing, and where its address goes.
 template <typename Fn>
-bool resolve(const char* loader, void* handle, const char* simbolo, const char* rotulo, Fn& destino) {
-  void* p = procura_simbolo(handle, simbolo);
+struct Entrada {
+  const char* simbolo;
+  const char* rotulo;
+  Fn& destino;
+};
+
+template <typename Fn>
+Entrada<Fn> entrada(const char* simbolo, Fn& destino, const char* rotulo = nullptr) {
+  return {simbolo, rotulo != nullptr ? rotulo : simbolo, destino};
+}
+
+// Resolves one entry point. Entry points resolved before a missing one stay
+// set, and the library stays open.
+template <typename Fn>
+bool resolve(const char* loader, void* handle, const Entrada<Fn>& e) {
+  void* p = procura_simbolo(handle, e.simbolo);
   if (p == nullptr) {
-    dumpLog("%s%s Erro funcao %s nao encontrada\n", loader, trace_version(), rotulo);
+    dumpLog("%s%s Erro funcao %s nao encontrada\n", loader, trace_version(), e.rotulo);
     return false;
   }
-  destino = reinterpret_cast<Fn>(p);
+  e.destino = reinterpret_cast<Fn>(p);
   return true;
+}
+
+// Opens `lib` into `handle` and resolves its entry points in order, stopping
+// at the first that fails; traced under the name of the function `loader`.
+// 1 when all are resolved.
+template <typename... Fn>
+int carrega(const char* loader, const char* lib, void*& handle, const Entrada<Fn>&... entradas) {
+  return abre(loader, lib, handle) && (resolve(loader, handle, entradas) && ...) ? 1 : 0;
 }
 
 void fecha(void*& handle, PdSemArgs fecha_fn) {
@@ -85,40 +106,22 @@ constexpr Traducao kTabela[] = {
 }  // namespace
 
 int LoadPd_chequeApi() {
-  constexpr const char* kLoader = "LoadPd_chequeApi";
-  void*& h = pd_chequeHandle;
   // The messages spell the first two with a capital C, unlike the symbols.
-  return abre(kLoader, "libpd_cheque.so", h) &&
-                 resolve(kLoader, h, "Open_cheque", "Open_Cheque", Inicia_Pd_cheque) &&
-                 resolve(kLoader, h, "Close_cheque", "Close_Cheque", Fecha_Pd_cheque) &&
-                 resolve(kLoader, h, "PreencheCheque", "PreencheCheque", Opera_Pd_cheque)
-             ? 1
-             : 0;
+  return carrega("LoadPd_chequeApi", "libpd_cheque.so", pd_chequeHandle,
+                 entrada("Open_cheque", Inicia_Pd_cheque, "Open_Cheque"),
+                 entrada("Close_cheque", Fecha_Pd_cheque, "Close_Cheque"), entrada("PreencheCheque", Opera_Pd_cheque));
 }
 
 int LoadPd_AutenticaApi() {
-  constexpr const char* kLoader = "LoadPd_AutenticaApi";
-  void*& h = pd_autenticaHandle;
-  return abre(kLoader, "libpd_autentica.so", h) &&
-                 resolve(kLoader, h, "openAutentica", "openAutentica", Inicia_Pd_autentica) &&
-                 resolve(kLoader, h, "closeAutentica", "closeAutentica", Fecha_Pd_autentica) &&
-                 resolve(kLoader, h, "autentica", "autentica", Opera_Pd_autentica) &&
-                 resolve(kLoader, h, "carregaECF", "carregaECF", CarregaECF_Pd_autentica)
-             ? 1
-             : 0;
+  return carrega("LoadPd_AutenticaApi", "libpd_autentica.so", pd_autenticaHandle,
+                 entrada("openAutentica", Inicia_Pd_autentica), entrada("closeAutentica", Fecha_Pd_autentica),
+                 entrada("autentica", Opera_Pd_autentica), entrada("carregaECF", CarregaECF_Pd_autentica));
 }
 
 int LoadPd_cmc7Api() {
-  constexpr const char* kLoader = "LoadPd_cmc7Api";
-  void*& h = pd_cmc7Handle;
-  return abre(kLoader, "libpd_cmc7.so", h) &&
-                 resolve(kLoader, h, "openCmc7", "openCmc7", Inicia_Pd_cmc7) &&
-                 resolve(kLoader, h, "closeCmc7", "closeCmc7", Fecha_Pd_cmc7) &&
-                 resolve(kLoader, h, "bufferCmc7", "bufferCmc7", Buffer_Pd_cmc7) &&
-                 resolve(kLoader, h, "readCmc7", "readCmc7", Read_Pd_cmc7) &&
-                 resolve(kLoader, h, "cleanCmc7", "cleanCmc7", Clean_Pd_cmc7)
-             ? 1
-             : 0;
+  return carrega("LoadPd_cmc7Api", "libpd_cmc7.so", pd_cmc7Handle, entrada("openCmc7", Inicia_Pd_cmc7),
+                 entrada("closeCmc7", Fecha_Pd_cmc7), entrada("bufferCmc7", Buffer_Pd_cmc7),
+                 entrada("readCmc7", Read_Pd_cmc7), entrada("cleanCmc7", Clean_Pd_cmc7));
 }
 
 std::uint16_t TrataRetornoProcDoc(int ret) {

@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <initializer_list>
+#include <span>
 #include <string_view>
 
 #include "frame/command.h"
@@ -72,23 +74,20 @@ std::uint16_t lista_da_categoria(std::uint8_t cat, std::array<std::uint8_t, 100>
   return ret;
 }
 
-// The 15-byte label of a tax register: its number in the category, "T" for
-// goods or "S" for services, the rate's four digits and eight blanks; false
-// for a register outside the tax ranges.
-bool rotulo_aliquota(std::uint8_t reg, const Resposta& detalhe, std::array<char, kLarguraRotulo>& rotulo) {
-  int numero = 0;
-  char tipo = 'T';
-  if (reg >= 20 && reg <= 34) {
-    numero = reg - 19;
-  } else if (reg >= 36 && reg <= 39) {
-    numero = reg - 35;
-    tipo = 'S';
-  } else if (reg >= 100 && reg <= 110) {
-    numero = reg - 95;
-    tipo = 'S';
-  } else {
-    return false;
-  }
+// The number of a tax register in its category and its kind, 'T' for goods or
+// 'S' for services; 0 for a register outside the tax ranges.
+int aliquota(std::uint8_t reg, char& tipo) {
+  tipo = reg >= 20 && reg <= 34 ? 'T' : 'S';
+  if (reg >= 20 && reg <= 34) return reg - 19;
+  if (reg >= 36 && reg <= 39) return reg - 35;
+  if (reg >= 100 && reg <= 110) return reg - 95;
+  return 0;
+}
+
+// The 15-byte label of a tax register: its number and kind, the rate's four
+// digits and eight blanks.
+std::array<char, kLarguraRotulo> rotulo_aliquota(int numero, char tipo, const Resposta& detalhe) {
+  std::array<char, kLarguraRotulo> rotulo;
   rotulo.fill(' ');
   rotulo[0] = static_cast<char>('0' + numero / 10);
   rotulo[1] = static_cast<char>('0' + numero % 10);
@@ -98,7 +97,7 @@ bool rotulo_aliquota(std::uint8_t reg, const Resposta& detalhe, std::array<char,
   rotulo[4] = static_cast<char>(detalhe[2]);
   rotulo[5] = static_cast<char>(detalhe[4]);
   rotulo[6] = static_cast<char>(detalhe[5]);
-  return true;
+  return rotulo;
 }
 
 struct Fixo {
@@ -124,105 +123,89 @@ constexpr std::array<Fixo, 3> kNaoFiscais{{{"ACRE NAO-FISC  ", 19},
                                            {"CANC NAO-FISC  ", 17},
                                            {"DESC NAO-FISC  ", 18}}};
 
-// Whether a reply answers for the register asked for.
-bool eco(std::uint16_t ret, const Resposta& r, std::uint8_t reg) { return ret == 0 && r[0] == reg; }
+// Query `cmd` on `reg` once nothing has failed yet; `escreve` gets the reply
+// when it answers for `reg` and the register is to be `gravado`.
+template <typename Escreve>
+void consulta_campos(std::uint16_t& ret, int cmd, std::uint8_t reg, bool gravado, Escreve&& escreve) {
+  if (ret != 0) return;
+  Resposta r;
+  ret = consulta(cmd, reg, r);
+  if (ret == 0 && r[0] == reg && gravado) escreve(r);
+}
 
-// Tax-rate entries: label, accumulated value, tax value and a comma.
-std::uint16_t entradas_aliquotas(Registro& reg_out) {
+// The accumulated value of a register (command 133) as an entry's value field.
+void campo_valor(Registro& reg_out, const Resposta& r) { reg_out.campo(r.text(6), kLarguraValor); }
+
+// One entry for each register the printer lists in the categories `categorias`,
+// written by `entrada(reg, ret)`; a register with nothing to report among the
+// first `toleradas` is passed over.
+template <typename Entrada>
+std::uint16_t por_registro(std::initializer_list<std::uint8_t> categorias, std::size_t toleradas,
+                           Entrada&& entrada) {
   std::array<std::uint8_t, 100> lista{};
   std::size_t n = 0;
-  std::uint16_t ret = lista_da_categoria(2, lista, n);
-  if (ret == 0) ret = lista_da_categoria(4, lista, n);
-
+  std::uint16_t ret = 0;
+  for (std::uint8_t cat : categorias)
+    if (ret == 0) ret = lista_da_categoria(cat, lista, n);
   for (std::size_t i = 0; ret == 0 && i < n; ++i) {
-    const std::uint8_t reg = lista[i];
-    std::array<char, kLarguraRotulo> rotulo{};
-    Resposta r;
-    ret = consulta(36, reg, r);
-    const bool aliquota = rotulo_aliquota(reg, r, rotulo);
-    if (eco(ret, r, reg) && aliquota) reg_out.campo({rotulo.data(), rotulo.size()}, kLarguraRotulo);
-    if (ret == 0) {
-      ret = consulta(133, reg, r);
-      if (eco(ret, r, reg) && aliquota) reg_out.campo(r.text(6), kLarguraValor);
-    }
-    if (ret == 0) {
-      ret = consulta(136, reg, r);
-      if (eco(ret, r, reg) && aliquota) {
-        reg_out.campo(r.text(1), kLarguraImposto);
-        reg_out.campo(",", 1);
-      }
-    }
-    if (ret == kSemDados && i < 30) ret = 0;
+    entrada(lista[i], ret);
+    if (ret == kSemDados && i < toleradas) ret = 0;
   }
   return ret;
 }
 
-// The thirteen fixed entries: label, value and a comma.
-std::uint16_t entradas_fixas(Registro& reg_out) {
-  std::uint16_t ret = 0;
-  for (const Fixo& f : kFixos) {
-    Resposta r;
-    if (f.reg == 134) {
-      // The service discounts are only reported where the printer keeps them.
-      Input in;
-      in.seq();
-      ret = executa(241, 1, in, r);
-      if (ret == 0 && r[0] == 0) ret = kSemDados;
-    }
-    if (ret == 0) {
-      ret = consulta(133, f.reg, r);
-      if (eco(ret, r, f.reg)) {
-        reg_out.campo(f.rotulo, kLarguraRotulo);
-        reg_out.campo(r.text(6), kLarguraValor);
-        reg_out.campo(",", 1);
-      }
-    }
-    if (ret == kSemDados) ret = 0;
-    if (ret != 0) break;
-  }
-  return ret;
+// Tax-rate entries: label, accumulated value, tax value and a comma.
+std::uint16_t entradas_aliquotas(Registro& reg_out) {
+  return por_registro({2, 4}, 30, [&](std::uint8_t reg, std::uint16_t& ret) {
+    char tipo = 'T';
+    const int numero = aliquota(reg, tipo);
+    consulta_campos(ret, 36, reg, numero != 0, [&](const Resposta& r) {
+      reg_out.campo({rotulo_aliquota(numero, tipo, r).data(), kLarguraRotulo}, kLarguraRotulo);
+    });
+    consulta_campos(ret, 133, reg, numero != 0, [&](const Resposta& r) { campo_valor(reg_out, r); });
+    consulta_campos(ret, 136, reg, numero != 0, [&](const Resposta& r) {
+      reg_out.campo(r.text(1), kLarguraImposto);
+      reg_out.campo(",", 1);
+    });
+  });
 }
 
 // Non-fiscal totaliser entries: name blank-padded to 15, value and a comma.
 std::uint16_t entradas_totalizadores(Registro& reg_out) {
-  std::array<std::uint8_t, 100> lista{};
-  std::size_t n = 0;
-  std::uint16_t ret = lista_da_categoria(1, lista, n);
-  for (std::size_t i = 0; ret == 0 && i < n; ++i) {
-    const std::uint8_t reg = lista[i];
+  return por_registro({1}, 15, [&](std::uint8_t reg, std::uint16_t& ret) {
     const bool totalizador = reg >= 40 && reg <= 54;
-    Resposta r;
-    ret = consulta(33, reg, r);
-    if (eco(ret, r, reg) && totalizador) {
-      std::array<char, kLarguraRotulo> nome{};
+    consulta_campos(ret, 33, reg, totalizador, [&](const Resposta& r) {
+      std::array<char, kLarguraRotulo> nome;
       nome.fill(' ');
       const std::string_view texto = r.text(3);
       std::memcpy(nome.data(), texto.data(), std::min(texto.size(), nome.size()));
       reg_out.campo({nome.data(), nome.size()}, kLarguraRotulo);
-    }
-    if (ret == 0) {
-      ret = consulta(133, reg, r);
-      if (eco(ret, r, reg) && totalizador) {
-        reg_out.campo(r.text(6), kLarguraValor);
-        reg_out.campo(",", 1);
-      }
-    }
-    if (ret == kSemDados && i < 15) ret = 0;
-  }
-  return ret;
+    });
+    consulta_campos(ret, 133, reg, totalizador, [&](const Resposta& r) {
+      campo_valor(reg_out, r);
+      reg_out.campo(",", 1);
+    });
+  });
 }
 
-// Increases, cancellations and discounts of the non-fiscal operations.
-std::uint16_t entradas_nao_fiscais(Registro& reg_out) {
+// Entries of a table of registers: label, value and a comma; a register with
+// nothing to report is passed over.
+std::uint16_t entradas_da_tabela(std::span<const Fixo> tabela, Registro& reg_out) {
   std::uint16_t ret = 0;
-  for (const Fixo& f : kNaoFiscais) {
-    Resposta r;
-    ret = consulta(133, f.reg, r);
-    if (eco(ret, r, f.reg) && f.reg >= 17 && f.reg <= 19) {
-      reg_out.campo(f.rotulo, kLarguraRotulo);
-      reg_out.campo(r.text(6), kLarguraValor);
-      reg_out.campo(",", 1);
+  for (const Fixo& f : tabela) {
+    if (f.reg == 134) {
+      // The service discounts are only reported where the printer keeps them.
+      Input in;
+      in.seq();
+      Resposta r;
+      ret = executa(241, 1, in, r);
+      if (ret == 0 && r[0] == 0) ret = kSemDados;
     }
+    consulta_campos(ret, 133, f.reg, true, [&](const Resposta& r) {
+      reg_out.campo(f.rotulo, kLarguraRotulo);
+      campo_valor(reg_out, r);
+      reg_out.campo(",", 1);
+    });
     if (ret == kSemDados) ret = 0;
     if (ret != 0) break;
   }
@@ -243,9 +226,11 @@ ORBELAN_API unsigned short E4DadosReducao(char* Buffer) {
   ORB_LOG("E4DadosReducao%s - inicio \n");
   Registro registro;
   if (ret == 0) ret = entradas_aliquotas(registro);
-  if (ret == 0) ret = entradas_fixas(registro);
+  // The thirteen fixed entries, then the increases, cancellations and
+  // discounts of the non-fiscal operations after the totalisers.
+  if (ret == 0) ret = entradas_da_tabela(kFixos, registro);
   if (ret == 0) ret = entradas_totalizadores(registro);
-  if (ret == 0) ret = entradas_nao_fiscais(registro);
+  if (ret == 0) ret = entradas_da_tabela(kNaoFiscais, registro);
   // Whatever was gathered before a failure is handed out; no terminator.
   if (Buffer != nullptr && registro.size() != 0) std::memcpy(Buffer, registro.data(), registro.size());
   ORB_LOG("E4DadosReducao%s - fim com ret=%d \n", ret);

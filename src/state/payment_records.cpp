@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 #include "frame/dumplog.h"
@@ -120,8 +121,57 @@ std::uint16_t procura_linha_coo(const char* quem, const char* nome, std::string_
   }
 }
 
+// How a walk over payment items goes on: std::nullopt to the next item, or the
+// result to stop with.
+using Passo = std::optional<std::uint16_t>;
+
+// Hands each "$" item in the window of `nome` to `olha`, as the number written
+// by the `digitos` characters behind the "$". Returns what `olha` stopped with,
+// 0 at the end of the window, or 2902 when the file cannot be opened.
+template <typename Olha>
+std::uint16_t itens_da_janela(const char* nome, std::size_t digitos, Olha&& olha) {
+  Bloco bloco;
+  std::size_t lidos = 0;
+  if (!le_bloco(nome, bloco, lidos)) return kErroArquivo;
+  std::array<char, 3> aux{};
+  for (std::size_t i = 0; i < lidos; ++i) {
+    if (bloco[i] != '$') continue;
+    if (const Passo fim = olha(numero_em(bloco, i + 1, digitos, aux))) return *fim;
+  }
+  return 0;
+}
+
 // Where the payment items of a record line start.
 constexpr int kInicioItens = 9;
+
+// Hands each item of the line of `coo` in the line file `nome` to `olha`, as
+// for the window above, tracing every character looked at and every number
+// read under the name of the function `quem`. Each item is taken as "$" and
+// `digitos` digits. Returns what `olha` stopped with, else what the search for
+// the line did.
+template <typename Olha>
+std::uint16_t itens_da_linha(const char* quem, const char* nome, std::string_view coo, std::size_t digitos,
+                             Olha&& olha) {
+  Linha linha;
+  int tamanho = 0;
+  bool achou = false;
+  const std::uint16_t ret = procura_linha_coo(quem, nome, coo, linha, tamanho, achou);
+  if (ret != 0 || !achou) return ret;
+  std::array<char, 3> aux{};
+  for (int i = kInicioItens; i < tamanho;) {
+    const auto at = static_cast<std::size_t>(i);
+    dumpLog("%s%s - linha[i]=%c\n", quem, trace_version(), linha[at]);
+    if (linha[at] != '$') {
+      ++i;
+      continue;
+    }
+    const int valor = numero_em(linha, at + 1, digitos, aux);
+    dumpLog("%s%s - bufAux=%s\n", quem, trace_version(), aux.data());
+    if (const Passo fim = olha(valor)) return *fim;
+    i += static_cast<int>(digitos) + 1;
+  }
+  return 0;
+}
 
 }  // namespace
 
@@ -264,10 +314,8 @@ std::uint16_t Ler_COO_Pagamento(char* sCOO) {
   if (sCOO != nullptr) sCOO[0] = '\0';
   Bloco bloco;
   std::size_t lidos = 0;
-  std::uint16_t ret = 0;
-  if (!le_bloco(NOME_ARQ_PAGTO, bloco, lidos)) {
-    ret = kErroArquivo;
-  } else {
+  const std::uint16_t ret = le_bloco(NOME_ARQ_PAGTO, bloco, lidos) ? 0 : kErroArquivo;
+  if (ret == 0) {
     for (std::size_t i = 0; i < 6 && bloco[i] != '#'; ++i) coo[i] = bloco[i];
     copy_out(sCOO, view(coo), 7);
   }
@@ -279,15 +327,11 @@ std::uint16_t Ler_Qtde_Pagamentos(unsigned* Qtde) {
   ORB_LOG("Ler_Qtde_Pagamentos%s - inicio \n");
   unsigned qtde = 0;
   if (Qtde != nullptr) *Qtde = 0;
-  Bloco bloco;
-  std::size_t lidos = 0;
-  std::uint16_t ret = 0;
-  if (!le_bloco(NOME_ARQ_PAGTO, bloco, lidos)) {
-    ret = kErroArquivo;
-  } else {
-    for (std::size_t i = 0; i < lidos; ++i) qtde += bloco[i] == '$' ? 1 : 0;
-    if (Qtde != nullptr) *Qtde = qtde;
-  }
+  const std::uint16_t ret = itens_da_janela(NOME_ARQ_PAGTO, 0, [&](int) -> Passo {
+    ++qtde;
+    return std::nullopt;
+  });
+  if (Qtde != nullptr) *Qtde = qtde;
   ORB_LOG("Ler_Qtde_Pagamentos%s - fim com ret=%d - Qtde=%d \n", ret, qtde);
   return ret;
 }
@@ -296,30 +340,19 @@ std::uint16_t Ler_Indice_Pagamento(unsigned MeioPagto, std::uint8_t* Indice) {
   ORB_LOG("Ler_Indice_Pagamento%s - inicio - MeioPagto=%d \n", MeioPagto);
   std::uint8_t indice = 0;
   if (Indice != nullptr) *Indice = 0;
-  Bloco bloco;
-  std::size_t lidos = 0;
-  std::uint16_t ret = 0;
-  if (!le_bloco(NOME_ARQ_PAGTO, bloco, lidos)) {
-    ret = kErroArquivo;
-  } else {
-    std::array<char, 3> aux{};
-    std::uint8_t ordinal = 0;
-    for (std::size_t i = 0; i < lidos; ++i) {
-      if (bloco[i] != '$') continue;
-      ++ordinal;
-      // Two characters are taken: "$7$" reads 7, "$12" reads 12.
-      if (numero_em(bloco, i + 1, 2, aux) != static_cast<int>(MeioPagto)) continue;
-      std::uint8_t uso = 0;
-      const std::uint16_t r = Verificar_IndicePagto_EmissaoCCD(ordinal, &uso);
-      ORB_LOG("Ler_Indice_Pagamento%s - Verificar_IndicePagto_EmissaoCCD-StatusUso=%d\n", uso);
-      if (r != 0 || uso == 0) {
-        ret = r;
-        indice = ordinal;
-        break;
-      }
-    }
-    if (Indice != nullptr) *Indice = indice;
-  }
+  std::uint8_t ordinal = 0;
+  // Two characters are taken: "$7$" reads 7, "$12" reads 12.
+  const std::uint16_t ret = itens_da_janela(NOME_ARQ_PAGTO, 2, [&](int valor) -> Passo {
+    ++ordinal;
+    if (valor != static_cast<int>(MeioPagto)) return std::nullopt;
+    std::uint8_t uso = 0;
+    const std::uint16_t r = Verificar_IndicePagto_EmissaoCCD(ordinal, &uso);
+    ORB_LOG("Ler_Indice_Pagamento%s - Verificar_IndicePagto_EmissaoCCD-StatusUso=%d\n", uso);
+    if (r == 0 && uso != 0) return std::nullopt;
+    indice = ordinal;
+    return r;
+  });
+  if (Indice != nullptr) *Indice = indice;
   ORB_LOG("Ler_Indice_Pagamento%s - fim com ret=%d - Indice=%d \n", ret, indice);
   return ret;
 }
@@ -328,63 +361,34 @@ std::uint16_t Verificar_IndicePagto_EmissaoCCD(unsigned Indice, std::uint8_t* St
   ORB_LOG("Verificar_IndicePagto_EmissaoCCD%s - inicio - IndicePagto=%d \n", Indice);
   std::uint8_t uso = 0;
   if (StatusUso != nullptr) *StatusUso = 0;
-  Bloco bloco;
-  std::size_t lidos = 0;
-  std::uint16_t ret = 0;
-  if (!le_bloco(NOME_ARQ_INDPGTO, bloco, lidos)) {
-    ret = kErroArquivo;
-  } else {
-    std::array<char, 3> aux{};
-    for (std::size_t i = 0; i < lidos; ++i) {
-      // Only the first digit of an ordinal is compared.
-      if (bloco[i] == '$' && numero_em(bloco, i + 1, 1, aux) == static_cast<int>(Indice)) {
-        uso = 1;
-        break;
-      }
-    }
-    if (StatusUso != nullptr) *StatusUso = uso;
-  }
+  // Only the first digit of an ordinal is compared.
+  const std::uint16_t ret = itens_da_janela(NOME_ARQ_INDPGTO, 1, [&](int valor) -> Passo {
+    if (valor != static_cast<int>(Indice)) return std::nullopt;
+    uso = 1;
+    return 0;
+  });
+  if (StatusUso != nullptr) *StatusUso = uso;
   ORB_LOG("Verificar_IndicePagto_EmissaoCCD%s - fim com ret=%d - Status do Uso=%d \n", ret, uso);
   return ret;
 }
 
 std::uint16_t Ler_Indice_PagamentoCOO(const char* sCOO, unsigned MeioPagto, std::uint8_t* Indice) {
   const char* coo_txt = sCOO != nullptr ? sCOO : "";
-  const std::string_view coo{coo_txt};
   ORB_LOG("Ler_Indice_PagamentoCOO%s - inicio - COO=%s MeioPagto=%d \n", coo_txt, MeioPagto);
   std::uint8_t indice = 0;
   if (Indice != nullptr) *Indice = 0;
-  Linha linha;
-  int tamanho = 0;
-  bool achou = false;
-  std::uint16_t ret = procura_linha_coo("Ler_Indice_PagamentoCOO", NOME_ARQ_PAGTOPORCOO, coo, linha, tamanho, achou);
-  if (ret == 0 && achou) {
-    std::array<char, 3> aux{};
-    std::uint8_t ordinal = 0;
-    for (int i = kInicioItens; i < tamanho;) {
-      const auto at = static_cast<std::size_t>(i);
-      ORB_LOG("Ler_Indice_PagamentoCOO%s - linha[i]=%c\n", linha[at]);
-      if (linha[at] != '$') {
-        ++i;
-        continue;
-      }
-      ++ordinal;
-      const int valor = numero_em(linha, at + 1, 2, aux);
-      ORB_LOG("Ler_Indice_PagamentoCOO%s - bufAux=%s\n", aux.data());
-      if (valor == static_cast<int>(MeioPagto)) {
+  std::uint8_t ordinal = 0;
+  const std::uint16_t ret =
+      itens_da_linha("Ler_Indice_PagamentoCOO", NOME_ARQ_PAGTOPORCOO, coo_txt, 2, [&](int valor) -> Passo {
+        ++ordinal;
+        if (valor != static_cast<int>(MeioPagto)) return std::nullopt;
         std::uint8_t uso = 0;
         const std::uint16_t r = Verificar_IndicePgtoCOO_EmissaoCCD(coo_txt, ordinal, &uso);
         ORB_LOG("Ler_Indice_PagamentoCOO%s - Verificar_IndicePgtoCOO_EmissaoCCD-StatusUso=%d\n", uso);
-        if (r != 0 || uso == 0) {
-          ret = r;
-          indice = ordinal;
-          break;
-        }
-      }
-      // Every item is taken as "$" and two digits.
-      i += 3;
-    }
-  }
+        if (r == 0 && uso != 0) return std::nullopt;
+        indice = ordinal;
+        return r;
+      });
   if (Indice != nullptr) *Indice = indice;
   ORB_LOG("Ler_Indice_PagamentoCOO%s - fim com ret=%d - Indice=%d \n", ret, indice);
   return ret;
@@ -392,34 +396,16 @@ std::uint16_t Ler_Indice_PagamentoCOO(const char* sCOO, unsigned MeioPagto, std:
 
 std::uint16_t Verificar_IndicePgtoCOO_EmissaoCCD(const char* sCOO, unsigned Indice, std::uint8_t* StatusUso) {
   const char* coo_txt = sCOO != nullptr ? sCOO : "";
-  const std::string_view coo{coo_txt};
   ORB_LOG("Verificar_IndicePgtoCOO_EmissaoCCD%s - inicio - COO=%s Indice=%d \n", coo_txt, Indice);
   std::uint8_t uso = 0;
   if (StatusUso != nullptr) *StatusUso = 0;
-  Linha linha;
-  int tamanho = 0;
-  bool achou = false;
-  const std::uint16_t ret = procura_linha_coo("Verificar_IndicePgtoCOO_EmissaoCCD", NOME_ARQ_INDPGTOPORCOO, coo,
-                                              linha, tamanho, achou);
-  if (ret == 0 && achou) {
-    std::array<char, 3> aux{};
-    for (int i = kInicioItens; i < tamanho;) {
-      const auto at = static_cast<std::size_t>(i);
-      ORB_LOG("Verificar_IndicePgtoCOO_EmissaoCCD%s - linha[i]=%c\n", linha[at]);
-      if (linha[at] != '$') {
-        ++i;
-        continue;
-      }
-      // One digit per ordinal.
-      const int valor = numero_em(linha, at + 1, 1, aux);
-      ORB_LOG("Verificar_IndicePgtoCOO_EmissaoCCD%s - bufAux=%s\n", aux.data());
-      if (valor == static_cast<int>(Indice)) {
+  // One digit per ordinal.
+  const std::uint16_t ret =
+      itens_da_linha("Verificar_IndicePgtoCOO_EmissaoCCD", NOME_ARQ_INDPGTOPORCOO, coo_txt, 1, [&](int valor) -> Passo {
+        if (valor != static_cast<int>(Indice)) return std::nullopt;
         uso = 1;
-        break;
-      }
-      i += 2;
-    }
-  }
+        return 0;
+      });
   if (StatusUso != nullptr) *StatusUso = uso;
   ORB_LOG("Verificar_IndicePgtoCOO_EmissaoCCD%s - fim com ret=%d - StatusUso=%d \n", ret, uso);
   return ret;
