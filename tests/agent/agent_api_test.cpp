@@ -1,8 +1,6 @@
 // The monitoring agent seen through the plug-in double: its start at the
 // session open, the inventory message, the events reported and their groups.
 #include <algorithm>
-#include <string>
-#include <vector>
 
 #include "orbelan.h"
 #include "recorder.h"
@@ -20,15 +18,12 @@ const std::string kSerie = "|Numero de serie|ZD010203040506070809||";
 const std::string kSemErro = "Nao ocorreu erro na impressora" + kSerie;
 
 // A SendInf as the double records it, with the fields of its type.
-std::string send(const std::string& cod, const std::string& tipo, const std::string& compl_) {
-  const std::string campos = tipo == "01"   ? "[HW1     ][TH1     ]"
-                             : tipo == "02" ? "[SW1     ][        ]"
-                                            : "[        ][        ]";
-  return "SendInf([" + cod + "][" + tipo + "]" + campos + "[FB1     ][0][0][" + compl_ + "])";
+std::string send(const std::string& cod, const std::string& t = "02", const std::string& compl_ = kSemErro) {
+  const char* campos = t == "01" ? "[HW1     ][TH1     ]" : t == "02" ? "[SW1     ][        ]" : "[        ][        ]";
+  return "SendInf([" + cod + "][" + t + "]" + campos + "[FB1     ][0][0][" + compl_ + "])";
 }
 
-class Agent : public Fresh {
- protected:
+struct Agent : Fresh {
   static void configura(const std::string& ovsetings, const std::string& extra) {
     write_file("quorvel.conf", kSecao + "OVSetings=" + ovsetings + "\n" + kTerminal + extra);
     vp_answer_identity();
@@ -44,8 +39,6 @@ class Agent : public Fresh {
   int inicio = 0;
 };
 
-const std::string kErro38 = "Erro retornado pela impressora = 38" + kSerie;
-
 // The open reports the day's state and the inventory; each error is sent once, then its recovery; close stops.
 TEST_F(Agent, OpenSendsTheDayStateAndTheInventoryThenErrorsAndRecoveries) {
   abre();
@@ -56,21 +49,16 @@ TEST_F(Agent, OpenSendsTheDayStateAndTheInventoryThenErrorsAndRecoveries) {
                      "Numero de Serie|ZD010203040506070809|Versao Aplic|Orbelan 5600|Firmware|V01.05.02|"
                      "Modelo|MZ-5600 FI|Marca|ZANDOR|Reducoes Z Restantes|2178|"
                      "Reducao Z|000000000000000012|Percentual MFD|002450|\\xAF|])"}));
-  E4PutError(2869);
-  E4PutError(2869);  // the same code again is not sent
-  E4PutError(0);     // recovery, under every type
-  E4PutError(2869);
-  E4PutError(0);
+  for (int code : {2869, 2869, 0, 2869, 0}) E4PutError(code);  // a repeat is not sent; 0: recovery, under every type
   push(10, 38);  // a printer error: translated, group 1, described with the printer's code
   EXPECT_EQ(E4RdData(nullptr, nullptr, nullptr, nullptr, nullptr), 2872);
   EXPECT_EQ(E4infOvitraM("INFODIA ", "01", "dia", "|x"), 0);  // always type 03
   ASSERT_EQ(E4Close(), 0);
-  EXPECT_EQ(
-      double_calls(inicio),
-      (Strings{send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro), send("IMPOK   ", "01", kSemErro),
-               send("IMPOK   ", "03", kSemErro), send("2869    ", "02", kSemErro), send("IMPOK   ", "02", kSemErro),
-               send("IMPOK   ", "01", kSemErro), send("IMPOK   ", "03", kSemErro), send("2872    ", "03", kErro38),
-               send("INFODIA ", "03", "dia|x"), "StopInfOV([0])"}));
+  EXPECT_EQ(double_calls(inicio),
+            (Strings{send("2869    "), send("IMPOK   "), send("IMPOK   ", "01"), send("IMPOK   ", "03"),
+                     send("2869    "), send("IMPOK   "), send("IMPOK   ", "01"), send("IMPOK   ", "03"),
+                     send("2872    ", "03", "Erro retornado pela impressora = 38" + kSerie),
+                     send("INFODIA ", "03", "dia|x"), "StopInfOV([0])"}));
   EXPECT_FALSE(double_loaded("OAPlugin"));
 }
 
@@ -99,24 +87,21 @@ TEST_F(Agent, DefaultGroupsAndCodesNotReported) {
       SCOPED_TRACE(ovsetings + " " + grupos);
       write_file("Orbelan.txt", "");
       abre(ovsetings, grupos);
-      E4PutError(2869);
-      E4PutError(196);
-      EXPECT_EQ(double_calls(inicio), ovsetings == "1111" ? Strings{send("2869    ", "02", kSemErro)} : Strings{});
+      for (int code : {2869, 196}) E4PutError(code);
+      EXPECT_EQ(double_calls(inicio), ovsetings == "1111" ? Strings{send("2869    ")} : Strings{});
       EXPECT_TRUE(logged("infOvitra5600 Erro 196 nao listado, nao reportado ao OV"));
       ASSERT_EQ(E4Close(), 0);
     }
   }
 }
 
-// A plug-in lacking an entry point fails the open before the printer is
-// initialised, with the trace switched off, and is not kept.
+// Before the printer is initialised, with the trace switched off; the plug-in is not kept.
 TEST_F(Agent, PluginMissingAnEntryPointFailsTheOpen) {
   configura("1", "");
   redirect_dlopen(kAgentPluginPath, double_path("OAPlugin_semSendInf"));
   EXPECT_EQ(E4Open(0, 0), 2900);
-  const auto linhas = log_lines();
-  EXPECT_EQ(linhas.back(), "E4Open5600 Erro 2900");
-  EXPECT_TRUE(std::any_of(linhas.begin(), linhas.end(), [](const std::string& l) {
+  EXPECT_EQ(log_lines().back(), "E4Open5600 Erro 2900");
+  EXPECT_TRUE(std::ranges::any_of(log_lines(), [](const std::string& l) {
     return l.starts_with("LoadlibInfOV5600 Erro funcao SendInf nao encontrada erro=");
   }));
   EXPECT_EQ(count_calls(VP_INICIALIZA), 0);

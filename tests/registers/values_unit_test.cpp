@@ -1,6 +1,4 @@
-// Internal register helpers: the general register read, the day's sales sums,
-// the first free partial register, and the date helpers of the journal readings
-// with the bound of the date-to-COO search.
+// Internal helpers: the general register read, daily sales sums, the free register search, journal date helpers.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -32,63 +30,47 @@ TEST_F(Session, GeneralReadAndItsProgrammedCheck) {
   reply(133, "1234567890123456789012345678");
   EXPECT_EQ(rd(133, 1, 0, 8), "0:1234567");
   EXPECT_EQ(operations()[0].flag, 1);
-  // With the check, only a register in its category's list is read; the last
-  // reply byte is not part of the list and 128 and above never match.
+  // With the check, only a listed register is read; the reply's last byte is no part of the list.
   vp_clear_calls();
   push(37, 0, {2, 20, 22, 24, 0});
   reply(133, "4711");
   EXPECT_EQ(rd(133, 22, 1), "0:4711");
   EXPECT_EQ(commands(), (Cmds{37, 133}));
-  for (const auto& [list, reg] : {std::pair{Bytes{2, 20, 21, 0}, 22},
-                                  {Bytes{2, 20, 22}, 22},
-                                  {Bytes{2, 0, 0}, 22},
-                                  {Bytes{4, 36, 134, 0}, 134}}) {
+  for (const Bytes& list : {Bytes{2, 20, 21, 0}, Bytes{2, 20, 22}, Bytes{2, 0, 0}}) {
     push(37, 0, list);
-    EXPECT_EQ(rd(133, reg, 1), "0:" + std::string(16, '0')) << reg;
+    EXPECT_EQ(rd(133, 22, 1), "0:" + std::string(16, '0'));
   }
-  // A reply too short to scan leaves the register readable; a failed list is returned.
-  push(37, 0, {5, 60});
-  rd(133, 61, 1);
-  push(37, 22);
+  push(37, 22);  // a failed list read is the result
   EXPECT_EQ(rd(133, 40, 1).substr(0, 5), "2582:");
-  EXPECT_EQ(vp_count_cmd(133), 2);
-  EXPECT_EQ(payloads(37), (std::vector<Bytes>{{2}, {2}, {2}, {2}, {4}, {5}, {1}}));
+  EXPECT_EQ(vp_count_cmd(133), 1);
+  EXPECT_EQ(payloads(37), (std::vector<Bytes>{{2}, {2}, {2}, {2}, {1}}));
 }
 
 using Regs = std::vector<int>;
 Regs range(int from, int to) {
-  Regs r(static_cast<std::size_t>(to - from + 1));
-  std::iota(r.begin(), r.end(), from);
+  Regs r;
+  for (int i = from; i <= to; ++i) r.push_back(i);
   return r;
 }
-Regs operator+(Regs a, const Regs& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
+Regs operator+(Regs a, const Regs& b) { a.insert(a.end(), b.begin(), b.end()); return a; }
 long sum(const Regs& regs) { return std::accumulate(regs.begin(), regs.end(), 0L); }
-std::string digits18(long n) {
-  const std::string s = std::to_string(n);
-  return "0:" + std::string(18 - s.size(), '0') + s;
-}
+std::string digits18(long n) { return "0:" + std::string(18 - std::to_string(n).size(), '0') + std::to_string(n); }
 // The reads of the gross sales and the deductions of the net sales, in order.
 const Regs kBruta = Regs{8, 134, 7, 11, 12, 13} + range(20, 34) + range(36, 39) + range(100, 114) + Regs{135};
 const Regs kDeducoes = Regs{7, 8} + range(36, 39) + range(100, 110) + Regs{114, 134};
 
-// Each read answers its register's number as value; the read at position
-// `falha` fails with driver code 1 (the reads it skips are not scripted).
+// Each read answers its register's number; the read at `falha` fails with code 1 (those it skips are unscripted).
 void script(const Regs& regs, std::size_t falha = SIZE_MAX) {
   vp_clear_calls();
   for (std::size_t i = 0; i < regs.size(); ++i)
     push(133, i == falha ? 1 : 0, bytes_with(30, 1, i == falha ? "" : std::to_string(regs[i])));
 }
-// The registers read with command 133, in order.
 Regs read() {
   Regs out;
   for (const auto& c : operations())
     if (c.cmd == 133) out.push_back(input(c)[2]);
   return out;
 }
-// A sales figure, rendered "ret:value".
 std::string sales(std::uint16_t (*f)(int, char*), int verifica = 0) {
   char v[19] = "old";
   const std::uint16_t ret = f(verifica, v);
@@ -130,9 +112,8 @@ TEST_F(Session, DailySalesOverEveryRegisterMaskingFailedLoopsUnlessTheyEndIt) {
 }
 
 TEST_F(Session, FreeNumberSearch) {
-  Bytes full5(19), full6(16);
-  std::iota(full5.begin(), full5.end(), 60);
-  std::iota(full6.begin(), full6.end(), 116);
+  const Regs r5 = range(60, 78), r6 = range(116, 131);
+  const Bytes full5(r5.begin(), r5.end()), full6(r6.begin(), r6.end());
   // Category, the list read's result and list, the result and the number found (132 is never offered).
   using Case = std::tuple<int, int, Bytes, std::uint16_t, int>;
   for (const auto& [tipo, lido, list, ret, want] :
@@ -146,29 +127,24 @@ TEST_F(Session, FreeNumberSearch) {
   EXPECT_EQ(TamListaRegistradores, 0);  // the walk's cache is not touched
 }
 
-std::string minus_plus(const char* data, int dias, int subtrai) {
-  std::array<char, 9> out{};
-  timeMinusPlus(data, dias, subtrai, out);
-  return out.data();
-}
-
 TEST(Dates, MaskComparisonAndDaysCountedFromTheDayAfter) {
-  EXPECT_EQ(comparaComMascara("12/03/2024 and more", "NN/NN/NNNN"), 1);
-  EXPECT_EQ(comparaComMascara("12-03.2024", "NN/NN/NNNN"), 1);  // any punctuation
-  EXPECT_EQ(comparaComMascara("12/03/202", "NN/NN/NNNN"), 0);   // shorter than the mask
-  EXPECT_EQ(comparaComMascara("1a/03/2024", "NN/NN/NNNN"), 0);
-  EXPECT_EQ(comparaComMascara("12\t3x", "NN N?"), 1);  // any white space; "?" anything
-  EXPECT_EQ(comparaComMascara("12x34", "NN NN"), 0);
-  EXPECT_EQ(comparaComMascara(nullptr, "N"), 0);
-  EXPECT_EQ(timeCompare("10/03/2024", "10032024"), 0);
-  EXPECT_EQ(timeCompare("11032024", "10/03/2024"), 1);
-  EXPECT_EQ(timeCompare("31122024", "01012025"), 2);
-  EXPECT_EQ(timeCompare(nullptr, "01012000"), 2);
-  EXPECT_EQ(minus_plus("10032024", 0, 0), "11032024");
-  EXPECT_EQ(minus_plus("10032024", 20, 1), "20022024");  // leap year
-  EXPECT_EQ(minus_plus("31122023", 0, 0), "01012024");
-  EXPECT_EQ(minus_plus("15012024", 1800, 1), "11022019");
-  EXPECT_EQ(minus_plus("31022024", 0, 0), "03032024");  // carried over as a calendar does
+  // Any punctuation or white space matches; "?" anything; a text shorter than the mask does not.
+  using Texts = std::tuple<const char*, const char*, int>;
+  for (const auto& [text, mask, want] : {Texts{"12/03/2024 and more", "NN/NN/NNNN", 1}, {"12-03.2024", "NN/NN/NNNN", 1},
+                                         {"12/03/202", "NN/NN/NNNN", 0}, {"1a/03/2024", "NN/NN/NNNN", 0},
+                                         {"12\t3x", "NN N?", 1}, {"12x34", "NN NN", 0}, {nullptr, "N", 0}})
+    EXPECT_EQ(comparaComMascara(text, mask), want) << (text ? text : "NULL");
+  for (const auto& [a, b, want] : {Texts{"10/03/2024", "10032024", 0}, {"11032024", "10/03/2024", 1},
+                                   {"31122024", "01012025", 2}, {nullptr, "01012000", 2}})
+    EXPECT_EQ(timeCompare(a, b), want) << b;
+  // Leap years, and days past the month's end carried over as a calendar does.
+  for (const auto& [data, dias, subtrai, want] :
+       {std::tuple{"10032024", 0, 0, "11032024"}, {"10032024", 20, 1, "20022024"}, {"31122023", 0, 0, "01012024"},
+        {"15012024", 1800, 1, "11022019"}, {"31022024", 0, 0, "03032024"}}) {
+    std::array<char, 9> out{};
+    timeMinusPlus(data, dias, subtrai, out);
+    EXPECT_STREQ(out.data(), want) << data;
+  }
 }
 
 TEST_F(Session, DateSearchGivesUpAfterEighteenHundredDays) {

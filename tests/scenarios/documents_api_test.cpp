@@ -1,7 +1,5 @@
-// Whole roads of the documents: a sale to the vouchers of its card payments and
-// their reversal, a non-fiscal coupon, a report from a file, the day's readings,
-// the store-number procedure resumed across sessions. The document state
-// (command 6) and the counters (133: the COO, then the CCF) are scripted.
+// Whole roads of the documents, from a sale to the reversal of its vouchers, to the store-number procedure resumed
+// across sessions. The document state (command 6) and the counters (133: the COO, then the CCF) are scripted.
 #include <initializer_list>
 #include <set>
 #include <string>
@@ -51,15 +49,13 @@ std::vector<std::string> steps(const std::vector<std::string>& expected) {
   std::vector<std::string> out;
   for (const auto& l : log_lines()) {
     const auto at = l.find("5600 - ");
-    if (at == std::string::npos || !names.contains(l.substr(0, at))) continue;
-    const std::string rest = l.substr(at + 7);
-    if (rest.starts_with("inicio") || rest.starts_with("fim com ret=")) out.push_back(l);
+    if (at != std::string::npos && names.contains(l.substr(0, at)) &&
+        (l.compare(at + 7, 6, "inicio") == 0 || l.compare(at + 7, 12, "fim com ret=") == 0))
+      out.push_back(l);
   }
   return out;
 }
 
-using Documents = Session;
-constexpr const char* kStatus = "ArqRegPgto.sts";
 
 // The commands of the store-number procedure among those sent.
 Cmds procedure() {
@@ -73,10 +69,9 @@ Cmds procedure() {
 
 TEST_F(Store, IdentifiedConsumerItemsAdjustmentsTwoPaymentsAndClosing) {
   // What the previous coupon of the day left behind.
-  write_file("EcfZandor.pgt", "000099#$60");
-  write_file("EcfZandor.ind", "$1");
-  write_file("EcfZandorCoo.pgt", "\nCPF000099$60");
-  write_file("EcfAcresItens.cpf", "000044 0011.00\r\n");
+  for (const auto& [f, c] : {std::pair{"EcfZandor.pgt", "000099#$60"}, {"EcfZandor.ind", "$1"},
+                             {"EcfZandorCoo.pgt", "\nCPF000099$60"}, {"EcfAcresItens.cpf", "000044 0011.00\r\n"}})
+    write_file(f, c);
   counters({"000100", "000100", "000045", "000045"});  // COO twice at the opening, then the CCF twice
   state(2);
   char acrescimo[16] = "1,50";
@@ -92,13 +87,10 @@ TEST_F(Store, IdentifiedConsumerItemsAdjustmentsTwoPaymentsAndClosing) {
   ASSERT_EQ(E4RegPag(61, "1550"), 0);
   state(15);  // paid with change
   ASSERT_EQ(E4FimCP(0, "Volte sempre"), 0);
-  EXPECT_EQ(sent(), (Cmds{141, 133, 133,                           // opening, its COO recorded
-                          193, 193,                                // items
-                          6, 207,                                  // item discount
-                          138, 6, 207, 133,                        // item increase, recorded by CCF
-                          150,                                     // coupon increase
-                          6, 153, 185, 6, 185,                     // payments, the first totals
-                          6, 6, 6, 189, 130, 142, 224, 133, 139}));  // closing, the increases' day total
+  // The opening and its COO, items, item discount, item increase recorded by CCF, coupon increase, payments (the
+  // first totals), closing with the increases' day total.
+  EXPECT_EQ(sent(), (Cmds{141, 133, 133, 193, 193, 6, 207, 138, 6, 207, 133, 150, 6, 153, 185, 6, 185, 6, 6, 6, 189,
+                          130, 142, 224, 133, 139}));
   EXPECT_EQ(payload(141), texts({"Maria", "123", "Rua A", ""}));
   EXPECT_EQ(payloads(193).front(),
             Bytes{20} + texts({"7891", "ARROZ"}) + Bytes{2} + texts({"1000", "Un", "1000"}) + Bytes{'A'});
@@ -107,19 +99,16 @@ TEST_F(Store, IdentifiedConsumerItemsAdjustmentsTwoPaymentsAndClosing) {
   EXPECT_EQ(payloads(185), (std::vector<Bytes>{Bytes{60} + texts({"2000"}), Bytes{61} + texts({"1550"})}));
   EXPECT_EQ(payload(189), Bytes{0});
   EXPECT_EQ(payload(130), texts({"Volte sempre"}));
-  // The consumer went out with the opening: the closing carries three empty texts.
-  EXPECT_EQ(payload(142), Bytes{5} + texts({"Rita", "", "", ""}));
+  EXPECT_EQ(payload(142), Bytes{5} + texts({"Rita", "", "", ""}));  // the consumer went out with the opening
   EXPECT_EQ(read_file("EcfZandor.pgt"), "000100#$60$61");
-  EXPECT_TRUE(file_exists("EcfZandor.ind"));
-  EXPECT_EQ(read_file("EcfZandor.ind"), "");
+  EXPECT_TRUE(file_exists("EcfZandor.ind") && read_file("EcfZandor.ind").empty());
   EXPECT_EQ(read_file("EcfZandorCoo.pgt"), "\nCPF000099$60\r\n\nCPF000100$60$61");
   EXPECT_EQ(read_file("EcfZandor.cpm"), "CPF");
   EXPECT_EQ(read_file("EcfAcresItens.cpf"), "000045 0021.50\r\n");
   EXPECT_EQ(read_file("EcfTotalAcrescItens.cpf"), "22112026000045" "1.50\r\n");
   const auto in = [](const std::string& f) { return f + "5600 - inicio "; };
   const auto ok = [](const std::string& f) { return f + "5600 - fim com ret=0 "; };
-  const std::string corte = "\x01";  // the cut request, printed as a character
-  const std::vector<std::string> trace = {
+  const std::vector<std::string> trace = {  // "\x01": the cut request, printed as a character
       "E4Cons5600 - inicio - Nome=Maria Numero=123 Endereco=Rua A", ok("E4Cons"), "E4IniCP5600 - inicio - Opc=2 ",
       in("Abre_Cupom_Fiscal"), ok("Abre_Cupom_Fiscal"), ok("E4IniCP"),
       "E4IteCF5600 - inicio - RP=20 Codigo=7891 Descricao=ARROZ Quantidade=1000, Valor=1000",
@@ -141,11 +130,11 @@ TEST_F(Store, IdentifiedConsumerItemsAdjustmentsTwoPaymentsAndClosing) {
       ok("Totaliza_Fiscal_e_NaoFiscal"), ok("Pagamento_Fiscal_E_NaoFiscal"), ok("E4RegPag"),
       "E4RegPag5600 - inicio - RP=61 Valor=1550", "Pagamento_Fiscal_E_NaoFiscal5600 - inicio - RP=61 Valor=1550",
       ok("Pagamento_Fiscal_E_NaoFiscal"), ok("E4RegPag"), "E4FimCP5600 - inicio - Prox=[Volte sempre] ",
-      "Finalizar5600 - inicio - msgCupom=[Volte sempre], qtdAvanco=[0], CortaPapel=[" + corte + "]",
+      "Finalizar5600 - inicio - msgCupom=[Volte sempre], qtdAvanco=[0], CortaPapel=[\x01]",
       "ControlarFinalizacaoCupom5600 - inicio - Prox=[Volte sempre] - qtdeAvanco=[0]",
       in("Imprime_Valor_Recebido"), ok("Imprime_Valor_Recebido"), in("Troco_Fiscal_E_NaoFiscal"),
       ok("Troco_Fiscal_E_NaoFiscal"),
-      "Finaliza_Cupom_Fiscal5600 - inicio - msg=Volte sempre - qtdeAvanco=0, CortaPapel=" + corte,
+      "Finaliza_Cupom_Fiscal5600 - inicio - msg=Volte sempre - qtdeAvanco=0, CortaPapel=\x01",
       "ImprimeMensagem5600 - inicio  ", ok("ImprimeMensagem"), in("CortedePapel"), ok("CortedePapel"),
       in("Incluir_TotalAcrescItensCF"), "Incluir_TotalAcrescItensCF5600 - fim com ret=0",
       ok("Finaliza_Cupom_Fiscal"), ok("ControlarFinalizacaoCupom"), ok("Finalizar"), ok("E4FimCP")};
@@ -176,8 +165,7 @@ TEST_F(Store, CancellationReversesTheVouchersNewestFirstThenTheCoupon) {
     ASSERT_EQ(E4FimCP(0, nullptr), 0);
   }
   EXPECT_EQ(payloads(218), (std::vector<Bytes>{{0x00, 0x01, 0x00, 1}, {0x00, 0x01, 0x00, 2}}));
-  // Nothing open; the vouchers were COO 101 and 102, each reversal stays open
-  // (state 27) until it is closed.
+  // Nothing open; the vouchers were COO 101 and 102, each reversal stays open (state 27) until it is closed.
   vp_clear_calls();
   push(6, 0, {0, 0});
   state(27);
@@ -190,19 +178,17 @@ TEST_F(Store, CancellationReversesTheVouchersNewestFirstThenTheCoupon) {
   EXPECT_EQ(read_file("EcfCancelados.cpf"), "22112026000045\r\n");
 }
 
-TEST_F(Documents, NonFiscalCouponClosedByItsPayment) {
+TEST_F(Store, NonFiscalCouponClosedByItsPayment) {
   write_file("EcfZandorCoo.pgt", "\nCPF000199$61");
   stick(133, 0, bytes_with(20, 1, "000200"));  // the COO, read twice by the opening
   EXPECT_EQ(E4IniCP(19, "Suprimento"), 0);
   EXPECT_EQ(E4OpeCNF(40, "+", "Troco inicial", "50"), 0);
   state(20);  // a payment in state 20 totals and closes the coupon
   EXPECT_EQ(E4RegPag(60, "5000"), 0);
-  state(0);
-  EXPECT_EQ(E4FimCP(0, nullptr), 0);  // nothing left to close
-  EXPECT_EQ(sent(), (Cmds{157, 133, 133, 159, 6, 153, 158, 224, 6}));
+  EXPECT_EQ(sent(), (Cmds{157, 133, 133, 159, 6, 153, 158, 224}));
   EXPECT_EQ(payload(157), Bytes{0} + texts({"", "", "", "Suprimento"}));
   EXPECT_EQ(payload(159), Bytes({40, 0}) + texts({"50,00"}));
-  EXPECT_EQ(payload(158), Bytes{5} + texts({""}));
+  EXPECT_EQ(payload(158), Bytes{5} + texts({"Rita"}));
   EXPECT_EQ(read_file("EcfZandor.cpm"), "CNF");
   EXPECT_EQ(read_file("EcfZandor.pgt"), "000200#$60");
   EXPECT_EQ(read_file("EcfZandorCoo.pgt"), "\nCPF000199$61\r\n\nCNF000200$60");
@@ -229,10 +215,9 @@ TEST_F(Store, ManagementReportPrintedFromAFile) {
 }
 
 TEST_F(Store, XReadingThenReductionWaitingForAPrinterThatStaysBusy) {
-  write_file("EcfZandor.pgt", "000300#$61");
-  write_file("EcfZandor.ind", "$1");
-  write_file("EcfZandorCoo.pgt", "\nCPF000300$61");
-  write_file("EcfZandorCOO.ind", "\nCOO000300$1");
+  for (const auto& [f, c] : {std::pair{"EcfZandor.pgt", "000300#$61"}, {"EcfZandor.ind", "$1"},
+                             {"EcfZandorCoo.pgt", "\nCPF000300$61"}, {"EcfZandorCOO.ind", "\nCOO000300$1"}})
+    write_file(f, c);
   stick(1, 1);  // the availability poll never succeeds
   EXPECT_EQ(E4IniCP(4, ""), 0);
   EXPECT_EQ(E4IniCP(5, ""), 0);
@@ -252,30 +237,29 @@ TEST_F(Fresh, RegisterCreationRefusedMidwayResumesAtTheNextOpens) {
     vp_clear_calls();
     ASSERT_EQ(E4Open(0, 0), 0);
     EXPECT_EQ(procedure(), cmds);
-    EXPECT_EQ(read_file(kStatus), status);
+    EXPECT_EQ(read_file("ArqRegPgto.sts"), status);
   };
   ASSERT_EQ(E4Open(0, 0), 0);
-  // A new payment register: store "9999" is refused three times, so the
-  // procedure stops in state "1"; the next session sends it.
+  // A new payment register: store "9999" is refused three times, so the procedure stops in state "1"; the next
+  // session sends it.
   for (int i = 0; i < 3; ++i) push(245, 1);
   push(4, 0, {0, 1});  // no X reading due after a reduction
   vp_clear_calls();
   unsigned char reg = 62;
   EXPECT_EQ(E4RPCria(5, "CARTAO", "1", &reg), 0);
   EXPECT_EQ(procedure(), (Cmds{245, 245, 245}));
-  EXPECT_EQ(read_file(kStatus), "10042");
+  EXPECT_EQ(read_file("ArqRegPgto.sts"), "10042");
   reopen({245}, "20042");
   EXPECT_EQ(payload(245), texts({"9999"}));
-  // The next document restores the saved number before it opens; refused
-  // again, the procedure stops in state "3" and the coupon opens all the same.
+  // The next document restores the saved number before it opens; refused again, the procedure stops in state "3"
+  // and the coupon opens all the same.
   for (int i = 0; i < 3; ++i) push(245, 1);
   vp_clear_calls();
   EXPECT_EQ(E4IniCP(2, ""), 0);
   EXPECT_EQ(sent(), (Cmds{245, 245, 245, 141, 133, 133}));
   EXPECT_EQ(payload(245), texts({"0042"}));
-  EXPECT_EQ(read_file(kStatus), "30042");
-  // Resumed step by step by the following sessions.
-  reopen({245}, "40042");
+  EXPECT_EQ(read_file("ArqRegPgto.sts"), "30042");
+  reopen({245}, "40042");  // resumed step by step by the following sessions
   EXPECT_EQ(payload(245), texts({"0042"}));
   reopen({160, 224}, "00042");
   EXPECT_EQ(payload(160), (Bytes{0, 0}));
