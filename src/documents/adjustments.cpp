@@ -43,8 +43,6 @@ enum Modo : std::uint8_t {
 // Room the caller's value text of E4AcrIt is documented to hold.
 constexpr std::size_t kTamValorAcrescimo = 13;
 
-const char* txt(const char* s) { return s != nullptr ? s : ""; }
-
 // The value field of an adjustment: two decimals, cut to `largura` characters.
 Input& valor_formatado(Input& in, const char* valor, int largura) {
   std::array<char, 20> campo{};

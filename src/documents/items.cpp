@@ -35,8 +35,6 @@ constexpr std::size_t kMaxCodigo = 14;
 // within the printer's 255-byte input.
 constexpr std::size_t kMaxDescricao = 233;
 
-const char* txt(const char* s) { return s != nullptr ? s : ""; }
-
 // Tax registers an item may be sold under: 11..13, 20..34, 36..39.
 bool registrador_de_item(std::uint8_t rp) {
   return !(rp < 11 || (rp >= 14 && rp <= 19) || rp == 35 || rp > 39);

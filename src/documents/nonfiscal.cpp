@@ -24,8 +24,6 @@ constexpr std::uint8_t kPrimeiroRegNaoFiscal = 40;
 constexpr std::uint8_t kUltimoRegNaoFiscal = 54;
 constexpr std::size_t kMaxInformacao = 84;
 
-const char* mostra(const char* s) { return s != nullptr ? s : ""; }
-
 }  // namespace
 
 std::uint16_t Abre_Cupom_Nao_Fiscal(const char* Informacao) {
@@ -52,7 +50,7 @@ std::uint16_t Abre_Cupom_Nao_Fiscal(const char* Informacao) {
 
 std::uint16_t Finaliza_Cupom_Nao_Fiscal(const char* msg, std::int32_t qtdeAvanco, char CortaPapel) {
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("Finaliza_Cupom_Nao_Fiscal%s - inicio - msg=%s - qtdeAvanco=%d, CortaPapel=%c\n", mostra(msg),
+  ORB_LOG("Finaliza_Cupom_Nao_Fiscal%s - inicio - msg=%s - qtdeAvanco=%d, CortaPapel=%c\n", txt(msg),
           qtdeAvanco, CortaPapel);
   if (ret == 0) {
     // The message is a courtesy line: if the printer refuses it the coupon is
@@ -84,8 +82,8 @@ extern "C" ORBELAN_API unsigned short E4OpeCNF(unsigned char Reg, const char* Si
                                                const char* Valor) {
   ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4OpeCNF%s - inicio - Reg=%d Sinal=%s Descricao=%s Valor=%s\n", Reg, mostra(Sinal), mostra(Descricao),
-          mostra(Valor));
+  ORB_LOG("E4OpeCNF%s - inicio - Reg=%d Sinal=%s Descricao=%s Valor=%s\n", Reg, txt(Sinal), txt(Descricao),
+          txt(Valor));
   if (ret == 0 && (Reg < kPrimeiroRegNaoFiscal || Reg > kUltimoRegNaoFiscal)) {
     ORB_LOG("E4OpeCNF%s - Registrador invalido \n");
     ret = 2049;

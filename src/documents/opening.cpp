@@ -37,8 +37,6 @@ namespace {
 constexpr std::uint16_t kArgumentoInvalido = 2049;
 constexpr std::uint16_t kRegistradorInvalido = 2582;
 
-const char* txt(const char* s) { return s != nullptr ? s : ""; }
-
 // The register number an option carries in the first two characters of its
 // parameter, read as a decimal number up to the first non-digit.
 int numero_do_registrador(std::string_view param) {

@@ -34,8 +34,6 @@ constexpr std::size_t kMaxMensagem = 84;
 // Width of the total received.
 constexpr int kLarguraTotal = 18;
 
-const char* txt(const char* s) { return s != nullptr ? s : ""; }
-
 bool registrador_de_pagamento(int rp) { return rp >= 60 && rp <= 78; }
 
 // A query whose reply is a decimal amount in the smallest currency unit,

@@ -35,8 +35,6 @@ constexpr std::uint16_t kLinhaRecusada = 2904;
 
 constexpr std::uint8_t kEstadoEstornoAberto = 27;
 
-const char* mostra(const char* s) { return s != nullptr ? s : ""; }
-
 // A coupon in its payment phase: the amount received (and the change) must be
 // printed before free text goes into its closing area.
 bool em_pagamento(std::uint8_t estado) { return estado == 14 || estado == 15 || estado == 23 || estado == 24; }
@@ -90,13 +88,13 @@ extern "C" ORBELAN_API unsigned short E4Print(const char* strLinha) {
 extern "C" ORBELAN_API unsigned short E4ImpVinc(const char* path, const char* QtdeLinhas) {
   ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4ImpVinc%s - inicio QtdeLinhas=%s\n", mostra(QtdeLinhas));
-  const long linhas = std::atol(mostra(QtdeLinhas));
+  ORB_LOG("E4ImpVinc%s - inicio QtdeLinhas=%s\n", txt(QtdeLinhas));
+  const long linhas = std::atol(txt(QtdeLinhas));
   if (ret == 0 && linhas >= 1) {
     // The line buffer lives on the stack, so the out-of-memory result (255) of
     // a failed allocation cannot arise here.
     std::array<char, 300> linha{};
-    const Fd arquivo{::open(mostra(path), O_RDONLY | O_CLOEXEC)};
+    const Fd arquivo{::open(txt(path), O_RDONLY | O_CLOEXEC)};
     if (!arquivo) {
       ORB_LOG("E4ImpVinc%s Erro na abertura do Arquivo \n");
       return kArquivoNaoAbre;
@@ -133,7 +131,7 @@ extern "C" ORBELAN_API unsigned short E4FimDoc(void) {
 extern "C" ORBELAN_API unsigned short E4ProgOp(const char* nome) {
   ORB_LOCK();
   ORB_LOG("E4ProgOp%s - inicio  \n");
-  std::uint16_t ret = Incluir_Operador(mostra(nome));
+  std::uint16_t ret = Incluir_Operador(txt(nome));
   ret = TrataRetorno(ret);
   ORB_LOG("E4ProgOp%s - fim com ret=%d \n", ret);
   return ret;

@@ -25,8 +25,6 @@ namespace {
 constexpr std::uint16_t kIndisponivel = 2561;
 constexpr std::size_t kAreaCOO = 7;  // the caller's COO area
 
-const char* mostra(const char* s) { return s != nullptr ? s : ""; }
-
 // The printer printed the voucher though it reports a condition.
 bool impresso_com_aviso(std::uint16_t ret) { return ret >= 8192 && ret <= 8196; }
 
@@ -155,7 +153,7 @@ using namespace orbelan;
 extern "C" ORBELAN_API unsigned short E4CancelaCCDEsp(const char* nCoo) {
   ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4CancelaCCDEsp%s - inicio - nCoo:%s\n", mostra(nCoo));
+  ORB_LOG("E4CancelaCCDEsp%s - inicio - nCoo:%s\n", txt(nCoo));
   if (ret == 0) ret = CancelaCupomCCD(nCoo, 0, 1);
   ret = TrataRetorno(ret);
   ORB_LOG("E4CancelaCCDEsp%s - fim com ret=%d \n", ret);
@@ -165,7 +163,7 @@ extern "C" ORBELAN_API unsigned short E4CancelaCCDEsp(const char* nCoo) {
 extern "C" ORBELAN_API unsigned short E4CancelaCCD(const char* nrCoo) {
   ORB_LOCK();
   std::uint16_t ret = OPENOK == 0 ? kNaoAberto : 0;
-  ORB_LOG("E4CancelaCCD%s - inicio - nrCoo:%s\n", mostra(nrCoo));
+  ORB_LOG("E4CancelaCCD%s - inicio - nrCoo:%s\n", txt(nrCoo));
   if (ret == 0) ret = E4CancelaCCDEsp(nrCoo);
   ret = TrataRetorno(ret);
   ORB_LOG("E4CancelaCCD%s - fim com ret=%d \n", ret);

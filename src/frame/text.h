@@ -11,6 +11,9 @@
 
 namespace orbelan {
 
+// A caller's text for the trace: NULL reads as empty.
+inline const char* txt(const char* s) { return s != nullptr ? s : ""; }
+
 // A caller's text; NULL reads as empty.
 inline std::string_view in_text(const char* s) { return s != nullptr ? std::string_view{s} : std::string_view{}; }
 

@@ -42,8 +42,6 @@ constexpr std::size_t kMaxValor = 14;
 // past them is taken to have reached the category's end.
 constexpr int kMaxPassos = 19 + 1;
 
-const char* txt(const char* s) { return s != nullptr ? s : ""; }
-
 bool registrador_de_pagamento(int rp) { return rp >= 60 && rp <= 78; }
 
 // Whether a register's description names the "OUTROS" method, in any letter case.
